@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# Builds and runs mgmtmsg on a Debian bookworm machine, installing any missing
+# Debian package first.
+#   ./run.sh example          build the library and run the example program
+#   ./run.sh test [STAGE...]  build and run every test stage (or the ones named)
+set -euo pipefail
+cd "$(dirname "$0")"
+jobs=${JOBS:-$(nproc)}
+
+# Installs the Debian packages named that are not installed yet.
+need_packages() {
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+      missing+=("$package")
+  done
+  if ((${#missing[@]})); then
+    echo "== installing ${missing[*]}"
+    apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "${missing[@]}" >/dev/null
+  fi
+}
+
+base_packages=(cmake make g++ pkg-config libprotobuf-dev protobuf-compiler libgtest-dev)
+
+# build DIR [CMAKE OPTION...]: configures and builds into DIR.
+build() {
+  local dir=$1
+  shift
+  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+  cmake --build "$dir" -j"$jobs"
+}
+
+stage_native() {
+  need_packages "${base_packages[@]}"
+  build build
+  ctest --test-dir build --output-on-failure -j"$jobs"
+}
+
+# ASan and UBSan over the whole suite, built with clang.
+stage_sanitize() {
+  need_packages "${base_packages[@]}" clang libclang-rt-14-dev
+  build build-asan -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+    -DMGMTMSG_SANITIZE=address,undefined
+  ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    ctest --test-dir build-asan --output-on-failure -j"$jobs"
+}
+
+# The 32-bit big-endian PowerPC target, tests under qemu.
+stage_target() {
+  bash cmake/target-test.sh
+}
+
+all_stages=(native sanitize)
+
+run_tests() {
+  local stages=("$@") passed=0 failed=0 stage
+  ((${#stages[@]})) || stages=("${all_stages[@]}")
+  for stage in "${stages[@]}"; do
+    echo "== stage $stage"
+    if ("stage_$stage"); then
+      passed=$((passed + 1))
+    else
+      echo "== stage $stage FAILED"
+      failed=$((failed + 1))
+    fi
+  done
+  echo "stages: $passed passed, $failed failed"
+  ((failed == 0))
+}
+
+case "${1:-}" in
+  example)
+    need_packages "${base_packages[@]}"
+    build build -DMGMTMSG_TESTS=OFF >/dev/null
+    ./build/examples/mgmtmsg_example
+    ;;
+  test)
+    shift
+    run_tests "$@"
+    ;;
+  *)
+    sed -n '2,6p' "$0"
+    exit 2
+    ;;
+esac

@@ -1,0 +1,41 @@
+#include "support/fatal_capture.h"
+
+#include <google/protobuf/stubs/common.h>
+#include <google/protobuf/stubs/logging.h>
+
+namespace testsupport {
+namespace {
+
+FatalReport* current = nullptr;
+
+void Record(google::protobuf::LogLevel level, const char* file, int line,
+            const std::string& message) {
+  if (current != nullptr && level == google::protobuf::LOGLEVEL_FATAL) {
+    current->file = file;
+    current->line = line;
+    current->message = message;
+  }
+}
+
+}  // namespace
+
+FatalReport CaptureFatal(const std::function<void()>& call) {
+  FatalReport report;
+  current = &report;
+  google::protobuf::LogHandler* previous = google::protobuf::SetLogHandler(&Record);
+  try {
+    call();
+  } catch (const google::protobuf::FatalException&) {
+    report.raised = true;
+  }
+  google::protobuf::SetLogHandler(previous);
+  current = nullptr;
+  return report;
+}
+
+std::ostream& operator<<(std::ostream& os, const FatalReport& report) {
+  return os << "fatal=" << report.raised << " at " << report.file << ":" << report.line << " \""
+            << report.message << "\"";
+}
+
+}  // namespace testsupport

@@ -1,0 +1,40 @@
+// Captures what the message runtime's log reports when a call ends in a
+// fatal check.
+#ifndef MGMTMSG_TESTS_SUPPORT_FATAL_CAPTURE_H
+#define MGMTMSG_TESTS_SUPPORT_FATAL_CAPTURE_H
+
+#include <functional>
+#include <ostream>
+#include <string>
+
+namespace testsupport {
+
+struct FatalReport {
+  bool raised = false;  // the call ended in the runtime's fatal path
+  std::string file;
+  int line = 0;
+  std::string message;
+};
+
+// Runs `call` with the runtime's log captured. `raised` is false when the
+// call returned normally.
+FatalReport CaptureFatal(const std::function<void()>& call);
+
+std::ostream& operator<<(std::ostream& os, const FatalReport& report);
+
+inline constexpr const char* kNegativeIndex = "CHECK failed: (index) >= (0): ";
+inline constexpr const char* kPastEndIndex = "CHECK failed: (index) < (current_size_): ";
+
+}  // namespace testsupport
+
+// Expects `call` to end in a fatal check logged as `text` from module:line.
+#define EXPECT_FATAL_CHECK(call, module, line_no, text)                         \
+  do {                                                                          \
+    const auto report_ = testsupport::CaptureFatal([&] { (void)(call); });      \
+    EXPECT_TRUE(report_.raised) << #call " returned";                          \
+    EXPECT_EQ(report_.file, (module)) << report_;                               \
+    EXPECT_EQ(report_.line, (line_no)) << report_;                              \
+    EXPECT_EQ(report_.message, (text)) << report_;                              \
+  } while (0)
+
+#endif
