@@ -27,7 +27,7 @@ base_packages=(cmake make g++ pkg-config libprotobuf-dev protobuf-compiler libgt
 build() {
   local dir=$1
   shift
-  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_EXPORT_COMPILE_COMMANDS=ON "$@" >/dev/null
   cmake --build "$dir" -j"$jobs"
 }
 
@@ -49,6 +49,28 @@ stage_sanitize() {
 # The 32-bit big-endian PowerPC target, tests under qemu.
 stage_target() {
   bash cmake/target-test.sh
+}
+
+# The project's own C and C++ sources, tracked or new (build trees and
+# generated code are ignored by git).
+own_sources() {
+  git ls-files --cached --others --exclude-standard -- "$@" | sort -u
+}
+
+# Checks that the sources follow .clang-format; changes nothing.
+stage_format() {
+  need_packages clang-format
+  own_sources '*.c' '*.cc' '*.h' | xargs clang-format --dry-run --Werror
+}
+
+# clang-tidy (.clang-tidy) over the sources of the native build, through its
+# compile database.
+stage_tidy() {
+  need_packages "${base_packages[@]}" clang-tidy
+  build build
+  own_sources '*.c' '*.cc' | while read -r file; do
+    grep -qF "\"file\": \"$PWD/$file\"" build/compile_commands.json && echo "$file"
+  done | xargs -P"$jobs" -n1 clang-tidy -p build --quiet 2>&1 | { grep -v 'warnings\? generated\.$' || true; }
 }
 
 all_stages=(native sanitize)

@@ -12,12 +12,14 @@ readonly TRIPLE=powerpc-linux-gnu
 readonly PROTOBUF_VERSION=3.21.12
 readonly PROTOBUF_VERSION_NUMBER=3021012
 readonly JOBS=2
-readonly HERE=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+HERE=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+readonly HERE
 readonly TOOLCHAIN=$HERE/$TRIPLE.cmake
 readonly PREFIX=${MGMTMSG_TARGET_CACHE:-$HOME/.cache/mgmtmsg/$TRIPLE}
 readonly STAMP=$PREFIX/.target-deps.stamp
 readonly WORK=$PREFIX/.work
-readonly PACKAGES=(g++-$TRIPLE qemu-user dpkg-dev cmake make protobuf-compiler googletest xz-utils)
+readonly PACKAGES=("g++-$TRIPLE" qemu-user dpkg-dev cmake make pkg-config protobuf-compiler googletest
+  xz-utils)
 
 log() { echo "target-deps: $*" >&2; }
 die() {
@@ -48,7 +50,7 @@ recipe() {
 # Prints "URI<TAB>SUITE<TAB>COMPONENTS<TAB>SIGNED-BY" for each enabled binary
 # entry of the machine's apt sources, one-line (*.list) and deb822 (*.sources).
 machine_entries() {
-  local list parts
+  local list parts f
   eval "$(apt-config shell list Dir::Etc::SourceList/f parts Dir::Etc::SourceParts/d)"
   local one_line=() deb822=()
   [[ -f $list ]] && one_line+=("$list")
@@ -101,7 +103,7 @@ machine_entries() {
 # keyring. Written as deb-src stanzas of a private deb822 source list.
 write_debian_sources() {
   local codename uri suite comps signed found=0
-  codename=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
+  codename=$(sed -n 's/^VERSION_CODENAME="\{0,1\}\([^"]*\)"\{0,1\}$/\1/p' /etc/os-release)
   [[ -n $codename ]] || die "no VERSION_CODENAME in /etc/os-release"
   while IFS=$'\t' read -r uri suite comps signed; do
     [[ $suite == "$codename" || $suite == "$codename"-* ]] || continue
@@ -112,6 +114,15 @@ write_debian_sources() {
     found=1
   done < <(machine_entries | sort -u)
   ((found)) || die "no Debian $codename archive entry in the machine's apt sources"
+}
+
+# The highest of the Debian versions read on standard input, one a line.
+highest_version() {
+  local best="" version
+  while read -r version; do
+    if [[ -z $best ]] || dpkg --compare-versions "$version" gt "$best"; then best=$version; fi
+  done
+  echo "$best"
 }
 
 # Fetches and unpacks Debian's protobuf 3.21.12 sources into $WORK/protobuf.
@@ -137,7 +148,7 @@ fetch_protobuf() {
 
   local version
   version=$(apt-cache "${apt_opts[@]}" showsrc protobuf | sed -n 's/^Version: //p' |
-    grep -E "^([0-9]+:)?$PROTOBUF_VERSION-" | sort -V | tail -n 1) || true
+    grep -E "^([0-9]+:)?${PROTOBUF_VERSION//./\\.}-" | highest_version) || true
   [[ -n $version ]] || die "Debian's archive offers no protobuf $PROTOBUF_VERSION source package"
   log "fetching protobuf $version source package"
   (cd "$WORK" && apt-get "${apt_opts[@]}" -q source "protobuf=$version" </dev/null >&2) ||
@@ -162,7 +173,7 @@ build_and_install() {
 }
 
 build_all() {
-  rm -rf "$WORK" "$PREFIX/include" "$PREFIX/lib" "$STAMP"
+  rm -rf "${PREFIX:?}/include" "${PREFIX:?}/lib" "$WORK" "$STAMP"
   mkdir -p "$WORK"
   fetch_protobuf
   build_and_install protobuf "$WORK/protobuf" \

@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "common/fatal_check.h"
+
 namespace mgmtmsg {
 
 // The object behind a handle.
@@ -32,13 +34,31 @@ void* HandleOrNull(bool present, const T& object) {
 // Flags cross the interface as integers: any non-zero value is true.
 inline bool Flag(int32_t value) { return value != 0; }
 
-// Replaces `field` with exactly `len` bytes at `data`, embedded NULs kept.
-// Null data with a non-zero length is refused as string construction would.
-inline void AssignBytes(std::string* field, const char* data, size_t len) {
+// Refuses null data with a non-zero length as string construction would, with
+// std::logic_error.
+inline void RefuseNullBytes(const char* data, size_t len) {
   if (data == nullptr && len != 0) {
     throw std::logic_error("basic_string: construction from null is not valid");
   }
+}
+
+// Replaces `field` with exactly `len` bytes at `data`, embedded NULs kept.
+inline void AssignBytes(std::string* field, const char* data, size_t len) {
+  RefuseNullBytes(data, len);
   field->assign(data, len);
+}
+
+// A new string of exactly `len` bytes at `data`, embedded NULs kept.
+inline std::string StringOf(const char* data, size_t len) {
+  RefuseNullBytes(data, len);
+  return std::string(data, len);
+}
+
+// A handle to element `index` of a repeated message field, index-checked
+// (fatal outside the field) and reported from `site`.
+template <class RepeatedField>
+void* HandleAt(const RepeatedField& field, int index, const IndexCheckSite& site) {
+  return Handle(CheckedAt(field, index, site));
 }
 
 }  // namespace mgmtmsg

@@ -38,9 +38,8 @@ void* NewRpc(const char* path) {
   if (!allocated) {
     return nullptr;
   }
-  Context* context =
-      std::apply([path](auto&... message) { return NewContext<Context>(path, message.get()...); },
-                 messages);
+  Context* context = std::apply(
+      [path](auto&... message) { return NewContext<Context>(path, message.get()...); }, messages);
   if (context != nullptr) {
     std::apply([](auto&... message) { (message.release(), ...); }, messages);
   }

@@ -61,7 +61,7 @@ class MGMTMSG_EXPORT GnmiRpcUnary : public GnmiRpcBase {
  public:
   GnmiRpcUnary(std::string path, Request* request, Response* response)
       : request_(request), response_(response) {
-    rpcPath_ = std::move(path);
+    rpcPath_.swap(path);  // takes over the argument's storage
   }
   ~GnmiRpcUnary() override {
     delete request_;

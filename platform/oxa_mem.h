@@ -15,11 +15,11 @@ extern "C" {
 
 /* Allocates size bytes for owner ownerId from memory partition partition.
  * file and line name the calling source place. Returns NULL on failure. */
-void *OXA_Malloc_F(uint32_t ownerId, uint8_t partition, uint32_t size, const char *file,
+void* OXA_Malloc_F(uint32_t ownerId, uint8_t partition, uint32_t size, const char* file,
                    uint32_t line);
 
 /* Releases a block from OXA_Malloc_F. file and line name the calling place. */
-void OXA_Free_F(void *block, const char *file, uint32_t line);
+void OXA_Free_F(void* block, const char* file, uint32_t line);
 
 /* Memory partition numbers; mgmtmsg reads only the first element. */
 extern uint8_t g_aucOxaMemPt[];

@@ -7,9 +7,9 @@ uint8_t g_aucOxaMemPt[4] = {7, 0, 0, 0};
 static OxaHostStats stats;
 static uint32_t failuresArmed;
 
-void *OXA_Malloc_F(uint32_t ownerId, uint8_t partition, uint32_t size, const char *file,
+void* OXA_Malloc_F(uint32_t ownerId, uint8_t partition, uint32_t size, const char* file,
                    uint32_t line) {
-  void *block = NULL;
+  void* block = NULL;
   if (failuresArmed > 0) {
     failuresArmed--;
   } else {
@@ -24,7 +24,7 @@ void *OXA_Malloc_F(uint32_t ownerId, uint8_t partition, uint32_t size, const cha
   return block;
 }
 
-void OXA_Free_F(void *block, const char *file, uint32_t line) {
+void OXA_Free_F(void* block, const char* file, uint32_t line) {
   OxaHostCall call = {0, 0, 0, block, file, line};
   stats.freeCalls++;
   stats.lastFree = call;

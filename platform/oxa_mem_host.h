@@ -14,18 +14,18 @@ extern "C" {
 #endif
 
 typedef struct OxaHostCall {
-  uint32_t ownerId;   /* OXA_Malloc_F only */
-  uint8_t partition;  /* OXA_Malloc_F only */
-  uint32_t size;      /* OXA_Malloc_F only */
-  void *block;        /* result of OXA_Malloc_F, argument of OXA_Free_F */
-  const char *file;
+  uint32_t ownerId;  /* OXA_Malloc_F only */
+  uint8_t partition; /* OXA_Malloc_F only */
+  uint32_t size;     /* OXA_Malloc_F only */
+  void* block;       /* result of OXA_Malloc_F, argument of OXA_Free_F */
+  const char* file;
   uint32_t line;
 } OxaHostCall;
 
 typedef struct OxaHostStats {
-  uint32_t mallocCalls;  /* OXA_Malloc_F calls, failed ones included */
+  uint32_t mallocCalls; /* OXA_Malloc_F calls, failed ones included */
   uint32_t freeCalls;
-  uint32_t liveBlocks;   /* blocks handed out and not yet released */
+  uint32_t liveBlocks; /* blocks handed out and not yet released */
   OxaHostCall lastMalloc;
   OxaHostCall lastFree;
 } OxaHostStats;

@@ -28,13 +28,13 @@ inline constexpr const char* kPastEndIndex = "CHECK failed: (index) < (current_s
 }  // namespace testsupport
 
 // Expects `call` to end in a fatal check logged as `text` from module:line.
-#define EXPECT_FATAL_CHECK(call, module, line_no, text)                         \
-  do {                                                                          \
-    const auto report_ = testsupport::CaptureFatal([&] { (void)(call); });      \
-    EXPECT_TRUE(report_.raised) << #call " returned";                          \
-    EXPECT_EQ(report_.file, (module)) << report_;                               \
-    EXPECT_EQ(report_.line, (line_no)) << report_;                              \
-    EXPECT_EQ(report_.message, (text)) << report_;                              \
+#define EXPECT_FATAL_CHECK(call, module, line_no, text)                    \
+  do {                                                                     \
+    const auto report_ = testsupport::CaptureFatal([&] { (void)(call); }); \
+    EXPECT_TRUE(report_.raised) << #call " returned";                      \
+    EXPECT_EQ(report_.file, (module)) << report_;                          \
+    EXPECT_EQ(report_.line, (line_no)) << report_;                         \
+    EXPECT_EQ(report_.message, (text)) << report_;                         \
   } while (0)
 
 #endif

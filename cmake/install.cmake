@@ -1,0 +1,39 @@
+# Installation: the shared library, its three public C headers under
+# include/mgmtmsg/, a CMake package (find_package(mgmtmsg) gives the imported
+# target mgmtmsg::mgmtmsg) and a pkg-config file. Both package files locate
+# the prefix relative to themselves, so an installed tree can be moved.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(MGMTMSG_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/mgmtmsg)
+set(MGMTMSG_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/mgmtmsg)
+set(MGMTMSG_INSTALL_PKGCONFIGDIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(TARGETS mgmtmsg LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+foreach(header IN ITEMS gnmi/gnmi_ex.h grpci/grpci_ex.h platform/oxa_mem.h)
+  get_filename_component(subdir ${header} DIRECTORY)
+  install(FILES ${PROJECT_SOURCE_DIR}/${header}
+          DESTINATION ${MGMTMSG_INSTALL_INCLUDEDIR}/${subdir})
+endforeach()
+
+# The installed library's file name and soname, for the imported target.
+set(MGMTMSG_LIBRARY_SONAME
+    ${CMAKE_SHARED_LIBRARY_PREFIX}mgmtmsg${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION_MAJOR})
+set(MGMTMSG_LIBRARY_FILE
+    ${CMAKE_SHARED_LIBRARY_PREFIX}mgmtmsg${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION})
+
+set(_mgmtmsg_package_dir ${PROJECT_BINARY_DIR}/package)
+configure_package_config_file(
+  ${PROJECT_SOURCE_DIR}/cmake/mgmtmsgConfig.cmake.in ${_mgmtmsg_package_dir}/mgmtmsgConfig.cmake
+  INSTALL_DESTINATION ${MGMTMSG_INSTALL_CMAKEDIR}
+  PATH_VARS CMAKE_INSTALL_LIBDIR MGMTMSG_INSTALL_INCLUDEDIR)
+write_basic_package_version_file(${_mgmtmsg_package_dir}/mgmtmsgConfigVersion.cmake
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES ${_mgmtmsg_package_dir}/mgmtmsgConfig.cmake
+              ${_mgmtmsg_package_dir}/mgmtmsgConfigVersion.cmake
+        DESTINATION ${MGMTMSG_INSTALL_CMAKEDIR})
+
+file(RELATIVE_PATH MGMTMSG_PKGCONFIG_TO_PREFIX /prefix/${MGMTMSG_INSTALL_PKGCONFIGDIR} /prefix)
+string(REGEX REPLACE "/$" "" MGMTMSG_PKGCONFIG_TO_PREFIX ${MGMTMSG_PKGCONFIG_TO_PREFIX})
+configure_file(${PROJECT_SOURCE_DIR}/cmake/mgmtmsg.pc.in ${_mgmtmsg_package_dir}/mgmtmsg.pc @ONLY)
+install(FILES ${_mgmtmsg_package_dir}/mgmtmsg.pc DESTINATION ${MGMTMSG_INSTALL_PKGCONFIGDIR})

@@ -1,0 +1,107 @@
+/* One gNMI Subscribe exchange: a STREAM subscription's bytes in, read field
+ * by field; an update carrying the current value of every subscribed path,
+ * then the sync response that closes the initial data; the replies' bytes out. */
+#include <inttypes.h>
+#include <stdint.h>
+#include <stdio.h>
+
+#include "exchanges.h"
+#include "gnmi/gnmi_ex.h"
+#include "gnmi_common.h"
+#include "hexdump.h"
+
+/* A SubscribeRequest as a collector sends it: a STREAM subscription list with
+ * encoding JSON_IETF and prefix /interfaces/interface[name=eth0]/state on
+ * target router1, subscribing under it to counters, sampled every 10 s, and
+ * to oper-status, on change. */
+static const unsigned char kSubscribeRequest[] = {
+    0x0a, 0x6c, /* subscribe */
+    0x0a, 0x3b, /* prefix */
+    0x1a, 0x0c, 0x0a, 0x0a, 'i',  'n',  't',  'e', 'r', 'f', 'a', 'c',  'e',  's',  0x1a,
+    0x19, 0x0a, 0x09, 'i',  'n',  't',  'e',  'r', 'f', 'a', 'c', 'e',  0x12, 0x0c, 0x0a,
+    0x04, 'n',  'a',  'm',  'e',  0x12, 0x04, 'e', 't', 'h', '0', 0x1a, 0x07, 0x0a, 0x05,
+    's',  't',  'a',  't',  'e',  0x22, 0x07, 'r', 'o', 'u', 't', 'e',  'r',  '1', /* target */
+    0x12, 0x16, 0x0a, 0x0c, /* subscription, path */
+    0x1a, 0x0a, 0x0a, 0x08, 'c',  'o',  'u',  'n', 't', 'e', 'r', 's',  0x10, 0x02, /* mode SAMPLE
+                                                                                     */
+    0x18, 0x80, 0xc8, 0xaf, 0xa0, 0x25, /* sample_interval 10000000000 ns */
+    0x12, 0x13, 0x0a, 0x0f,             /* subscription, path */
+    0x1a, 0x0d, 0x0a, 0x0b, 'o',  'p',  'e',  'r', '-', 's', 't', 'a',  't',  'u',  's',
+    0x10, 0x01,  /* mode ON_CHANGE */
+    0x40, 0x04}; /* encoding JSON_IETF */
+
+static const char* const kListModes[] = {"STREAM", "ONCE", "POLL"};
+static const char* const kSubscriptionModes[] = {"TARGET_DEFINED", "ON_CHANGE", "SAMPLE"};
+
+/* The current value of each subscription, in the request's order. */
+static const char* const kValues[] = {"{\"in-octets\":\"81275\",\"out-octets\":\"20311\"}",
+                                      "\"UP\""};
+
+static const int64_t kTimestamp = INT64_C(1700000000000000000);
+
+static void PrintRequest(void* ctx) {
+  void* prefix = GNMI_SubscribeRequest_GetPrefix(ctx);
+  char text[256];
+  int i;
+  printf("gNMI Subscribe request: mode %s, encoding %s, prefix %s on target %s\n",
+         GnmiEnumName(kListModes, 3, GNMI_SubscribeRequest_GetSubscriptionMode(ctx)),
+         GnmiEnumName(kGnmiEncodings, 5, GNMI_SubscribeRequest_GetEncoding(ctx)),
+         prefix != NULL ? GnmiPathText(prefix, text, sizeof text) : "(none)",
+         prefix != NULL ? GNMI_Path_GetTarget(prefix) : "(none)");
+  for (i = 0; i < GNMI_SubscribeRequest_SubscriptionSize(ctx); i++) {
+    printf("    subscription %s, %s, sample interval %" PRIu64 " ns\n",
+           GnmiPathText(GNMI_SubscribeRequest_GetPath(ctx, i), text, sizeof text),
+           GnmiEnumName(kSubscriptionModes, 3, GNMI_SubscribeRequest_GetSampleMode(ctx, i)),
+           GNMI_SubscribeRequest_GetSampleInterval(ctx, i));
+  }
+}
+
+/* The initial data: one notification, under the request's prefix, with an
+ * update per subscription. */
+static void BuildUpdate(void* ctx) {
+  void* prefix = GNMI_SubscribeRequest_GetPrefix(ctx);
+  void* notification = GNMI_SubscribeResponse_GetNotification(ctx);
+  char text[256];
+  int i;
+  GNMI_Notification_SetTimestamp(notification, kTimestamp);
+  if (prefix != NULL) {
+    GnmiCopyPath(prefix, GNMI_Notification_AddPrefix(notification));
+  }
+  printf("gNMI Subscribe update at %" PRId64 " under %s:\n",
+         GNMI_Notification_GetTimestamp(notification),
+         GnmiPathText(GNMI_Notification_GetPrefix(notification), text, sizeof text));
+  for (i = 0; i < GNMI_SubscribeRequest_SubscriptionSize(ctx) &&
+              i < (int)(sizeof kValues / sizeof kValues[0]);
+       i++) {
+    GnmiAppendJsonUpdate(notification, GNMI_SubscribeRequest_GetPath(ctx, i), kValues[i]);
+    printf("    %s = %s\n",
+           GnmiPathText(GNMI_Update_GetPath(GNMI_SubscribeRequest_GetUpdate(ctx, i)), text,
+                        sizeof text),
+           kValues[i]);
+  }
+}
+
+int RunGnmiSubscribe(void) {
+  void* ctx = GNMI_Subscribe_Init();
+  int ok = ctx != NULL &&
+           GNMI_SubscribeRequest_Parse(ctx, kSubscribeRequest, (int)sizeof kSubscribeRequest) &&
+           GNMI_SubscribeRequest_HasSubscribe(ctx);
+
+  PrintBytes("gNMI Subscribe request bytes", kSubscribeRequest, sizeof kSubscribeRequest);
+  if (ok) {
+    PrintRequest(ctx);
+    BuildUpdate(ctx);
+    ok = GnmiSendReply("gNMI Subscribe update bytes", GNMI_SubscribeResponse_Serialize, ctx);
+  }
+  if (ok) {
+    GNMI_SubscribeRequest_SyncResponse(ctx, 1);
+    printf("gNMI Subscribe sync response: the initial data is complete\n");
+    ok = GnmiSendReply("gNMI Subscribe sync response bytes", GNMI_SubscribeSyncResponse_Serialize,
+                       ctx);
+  }
+  if (!ok) {
+    printf("gNMI Subscribe: no context, or the request could not be parsed or answered\n");
+  }
+  GNMI_Subscribe_DeInit(ctx);
+  return ok ? 0 : 1;
+}
