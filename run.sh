@@ -37,11 +37,12 @@ stage_native() {
   ctest --test-dir build --output-on-failure -j"$jobs"
 }
 
-# ASan and UBSan over the whole suite, built with clang.
+# ASan and UBSan over the whole suite, built with clang. The same build holds
+# the fuzz harnesses (stage fuzz), whose seeds and regressions run here.
 stage_sanitize() {
   need_packages "${base_packages[@]}" clang libclang-rt-14-dev
   build build-asan -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
-    -DMGMTMSG_SANITIZE=address,undefined
+    -DMGMTMSG_SANITIZE=address,undefined -DMGMTMSG_FUZZ=ON
   ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest --test-dir build-asan --output-on-failure -j"$jobs"
 }
@@ -69,11 +70,22 @@ stage_tidy() {
   need_packages "${base_packages[@]}" clang-tidy
   build build
   own_sources '*.c' '*.cc' | while read -r file; do
-    grep -qF "\"file\": \"$PWD/$file\"" build/compile_commands.json && echo "$file"
-  done | xargs -P"$jobs" -n1 clang-tidy -p build --quiet 2>&1 | { grep -v 'warnings\? generated\.$' || true; }
+    if grep -qF "\"file\": \"$PWD/$file\"" build/compile_commands.json; then
+      echo "$file"
+    fi
+  done | xargs -P"$jobs" -n1 clang-tidy -p build --quiet 2>&1 |
+    { grep -v 'warnings\? generated\.$' || true; }
 }
 
-all_stages=(native sanitize)
+# The HTML reference of the public headers and the guides (build/docs/html);
+# any Doxygen warning, an undocumented entry point among them, fails it.
+stage_docs() {
+  need_packages "${base_packages[@]}" doxygen
+  cmake -S . -B build >/dev/null
+  cmake --build build --target docs
+}
+
+all_stages=(native sanitize tidy docs)
 
 run_tests() {
   local stages=("$@") passed=0 failed=0 stage

@@ -37,6 +37,11 @@ list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MGMTMSG_TARGET_PREFIX)
 set(CMAKE_C_COMPILER ${MGMTMSG_TARGET_TRIPLE}-gcc)
 set(CMAKE_CXX_COMPILER ${MGMTMSG_TARGET_TRIPLE}-g++)
 
+# 32-bit PowerPC has no 8-byte atomic instructions: GCC calls libatomic for
+# them, which every program or library that uses them must link itself.
+set(CMAKE_C_STANDARD_LIBRARIES "-Wl,--as-needed -latomic -Wl,--no-as-needed")
+set(CMAKE_CXX_STANDARD_LIBRARIES "-Wl,--as-needed -latomic -Wl,--no-as-needed")
+
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-ppc;-L;${MGMTMSG_TARGET_TOOLCHAIN_ROOT})
 
 set(CMAKE_FIND_ROOT_PATH ${MGMTMSG_TARGET_PREFIX} ${MGMTMSG_TARGET_TOOLCHAIN_ROOT})

@@ -4,6 +4,7 @@
 #   cmake -DBUILD_DIR=... -DLIBDIR=lib -DCONSUMER_DIR=... -DWORK_DIR=... -DC_COMPILER=...
 #         -DPKG_CONFIG=... [-DGENERATOR=...] [-DTOOLCHAIN_ARGS=-D...|-D...]
 #         [-DEMULATOR=cmd|arg...] [-DEXTRA_FLAGS=flag|flag...]
+#         [-DEXTRA_LINK_FLAGS=flag|flag...]
 #         [-DRUNTIME_DIRS=dir|dir...] -P consumer_test.cmake
 # Lists are separated by '|'. RUNTIME_DIRS hold libraries that the installed
 # library needs (the protobuf runtime): used to link (-rpath-link) and to run.
@@ -12,7 +13,7 @@ foreach(var IN ITEMS BUILD_DIR LIBDIR CONSUMER_DIR WORK_DIR C_COMPILER PKG_CONFI
     message(FATAL_ERROR "${var} is not set")
   endif()
 endforeach()
-foreach(var IN ITEMS TOOLCHAIN_ARGS EMULATOR EXTRA_FLAGS RUNTIME_DIRS)
+foreach(var IN ITEMS TOOLCHAIN_ARGS EMULATOR EXTRA_FLAGS EXTRA_LINK_FLAGS RUNTIME_DIRS)
   string(REPLACE "|" ";" ${var} "${${var}}")
 endforeach()
 
@@ -31,7 +32,7 @@ set(stage ${WORK_DIR}/stage)
 file(REMOVE_RECURSE ${WORK_DIR})
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${stage})
 
-set(link_flags)
+set(link_flags ${EXTRA_LINK_FLAGS})
 foreach(dir IN LISTS RUNTIME_DIRS)
   list(APPEND link_flags -Wl,-rpath-link,${dir})
 endforeach()

@@ -1,0 +1,125 @@
+#include "checks.h"
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+
+#include "alloc_count.h"
+#include "gnmi/gnmi_ex.h"
+#include "grpci/grpci_ex.h"
+#include "oxa_mem_host.h"
+#include "registry.h"
+#include "workloads.h"
+
+// A recorder: every byte handed to it, in order.
+struct BenchSink {
+  std::string bytes;
+};
+
+extern "C" void BenchSinkPut(BenchSink* sink, const void* bytes, size_t len) {
+  sink->bytes.append(static_cast<const char*>(bytes), len);
+}
+
+namespace bench {
+namespace {
+
+using Side = std::function<void(BenchSink*)>;
+
+std::string Record(const Side& side) {
+  BenchSink sink;
+  side(&sink);
+  return std::move(sink.bytes);
+}
+
+IdentityResult Compare(const std::string& workload, const Side& ours, const Side& direct) {
+  const std::string oursBytes = Record(ours);
+  const std::string directBytes = Record(direct);
+  const auto shorter = std::min(oursBytes.size(), directBytes.size());
+  const auto difference =
+      std::mismatch(oursBytes.begin(), oursBytes.begin() + shorter, directBytes.begin());
+  return {workload, oursBytes.size(), directBytes.size(),
+          static_cast<size_t>(difference.first - oursBytes.begin()), oursBytes == directBytes};
+}
+
+// A message made by an Init entry point, freed at the end of the scope.
+using Owned = std::unique_ptr<void, void (*)(void*)>;
+
+IdentityResult CompareFrames(const std::string& workload, uint32_t payloadBytes) {
+  Owned msg(OursW4Build(payloadBytes), GRPCI_SouthMsgDeInit);
+  return Compare(
+      workload, [&](BenchSink* sink) { OursW4(msg.get(), sink); },
+      [&](BenchSink* sink) { DirectW4Frame(payloadBytes, sink); });
+}
+
+AllocationResult Measure(const std::string& call, const std::function<void()>& action) {
+  const uint64_t heapBefore = HeapAllocations();
+  const uint64_t platformBefore = OxaHost_Stats().mallocCalls;
+  action();
+  const uint64_t heap = HeapAllocations() - heapBefore;
+  const uint64_t platform = OxaHost_Stats().mallocCalls - platformBefore;
+  // The host memory manager takes its blocks from malloc: not heap use of ours.
+  return {call, heap - platform, platform};
+}
+
+// The Subscribe serializer alone, over a W3 stream: its buffer grows when a
+// message is longer than every one before.
+AllocationResult StreamSerializations() {
+  Owned ctx(GNMI_Subscribe_Init(), GNMI_Subscribe_DeInit);
+  AllocationResult total{"GNMI_SubscribeResponse_Serialize over a W3 stream (all 10000 calls)",
+                         0, 0};
+  for (int m = 0; m < kStreamMessages; m++) {
+    ClearUpdateNotification(ctx.get());
+    OursW3Build(ctx.get(), m);
+    const AllocationResult one =
+        Measure("", [&] { OursW3Serialize(ctx.get(), nullptr); });
+    total.heap += one.heap;
+    total.platform += one.platform;
+  }
+  return total;
+}
+
+}  // namespace
+
+std::vector<IdentityResult> CheckIdentity() {
+  const BenchText request = DirectW2Request();
+  Owned reply(OursW5Build(), GRPCI_SubsReplyDeInit);
+  Owned directReply(DirectW5Build(), DirectW5Free);
+  return {
+      Compare("W1", OursW1, DirectW1),
+      Compare(
+          "W2", [&](BenchSink* sink) { OursW2(request, sink); },
+          [&](BenchSink* sink) { DirectW2(request, sink); }),
+      Compare(
+          "W3", [](BenchSink* sink) { OursW3(ClearUpdateNotification, sink); }, DirectW3),
+      CompareFrames("W4_64KiB", 64 * 1024),
+      CompareFrames("W4_1MiB", 1024 * 1024),
+      Compare(
+          "W5", [&](BenchSink* sink) { OursW5(reply.get(), 10, sink); },
+          [&](BenchSink* sink) { DirectW5(directReply.get(), 10, sink); }),
+  };
+}
+
+std::vector<AllocationResult> SerializeAgainAllocations() {
+  Owned get(OursW1Build(), GNMI_Get_DeInit);
+  Owned subscribe(GNMI_Subscribe_Init(), GNMI_Subscribe_DeInit);
+  Owned south(OursW4Build(1024 * 1024), GRPCI_SouthMsgDeInit);
+  Owned reply(OursW5Build(), GRPCI_SubsReplyDeInit);
+  OursW3Build(subscribe.get(), 0);
+  OursW1Serialize(get.get(), nullptr);
+  OursW3Serialize(subscribe.get(), nullptr);
+  OursW4(south.get(), nullptr);
+  OursW5(reply.get(), 1, nullptr);
+  return {
+      Measure("GNMI_GetResponse_Serialize again (W1 context)",
+              [&] { OursW1Serialize(get.get(), nullptr); }),
+      Measure("GNMI_SubscribeResponse_Serialize again (W3 context)",
+              [&] { OursW3Serialize(subscribe.get(), nullptr); }),
+      StreamSerializations(),
+      Measure("GRPCI_SouthMsgSerialize (1 MiB rpc_data) + OXA_Free_F",
+              [&] { OursW4(south.get(), nullptr); }),
+      Measure("GRPCI_SubsReplySerialize (4 KiB message) + OXA_Free_F",
+              [&] { OursW5(reply.get(), 1, nullptr); }),
+  };
+}
+
+}  // namespace bench

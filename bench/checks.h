@@ -1,0 +1,38 @@
+// What the harness checks before timing: that both sides of every workload
+// produce the same bytes, and what a repeated serialization allocates.
+#ifndef MGMTMSG_BENCH_CHECKS_H
+#define MGMTMSG_BENCH_CHECKS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+struct IdentityResult {
+  std::string workload;
+  size_t oursBytes;
+  size_t directBytes;
+  size_t firstDifference;  // == the shorter size when one is a prefix of the other
+  bool identical;
+};
+
+// Runs both sides of every workload once into recorders and compares the
+// bytes (for W2, the strings read, in reading order).
+std::vector<IdentityResult> CheckIdentity();
+
+struct AllocationResult {
+  std::string call;  // what was measured
+  uint64_t heap;     // heap allocations, platform blocks not included
+  uint64_t platform;  // OXA_Malloc_F calls
+};
+
+// Allocations of our serializers when they run again on a context or message
+// that has been serialized before, and of the Subscribe serializer over a
+// whole W3 stream.
+std::vector<AllocationResult> SerializeAgainAllocations();
+
+}  // namespace bench
+
+#endif

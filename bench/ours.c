@@ -1,0 +1,182 @@
+/* The workloads through the library's C entry points, called from C as the
+ * device's control software calls them. */
+#include <stddef.h>
+#include <string.h>
+
+#include "gnmi/gnmi_ex.h"
+#include "grpci/grpci_ex.h"
+#include "oxa_mem.h"
+#include "workloads.h"
+
+/* interfaces / interface[name=ethN] / counters, valued with the 48-byte JSON
+ * text for even n and a counter for odd n. */
+static void AppendCounterUpdate(void* notification, int n, uint64_t counter) {
+  void* update = GNMI_Notification_AppendUpdate(notification);
+  void* path = GNMI_Update_SetPath(update);
+  void* value = GNMI_Update_SetVal(update);
+  BenchText name = BenchEthName(n);
+  void* elem;
+
+  GNMI_PathElem_SetName(GNMI_Path_AppendPathElem(path), "interfaces", 10);
+  elem = GNMI_Path_AppendPathElem(path);
+  GNMI_PathElem_SetName(elem, "interface", 9);
+  GNMI_PathElem_AppendKey(elem, "name", 4, name.data, name.len);
+  GNMI_PathElem_SetName(GNMI_Path_AppendPathElem(path), "counters", 8);
+  if (n % 2 == 0) {
+    GNMI_TypedValue_SetJsonIetfVal(value, kBenchJsonValue.data, kBenchJsonValue.len);
+  } else {
+    GNMI_TypedValue_SetUintVal(value, counter);
+  }
+}
+
+void* OursW1Build(void) {
+  void* ctx = GNMI_Get_Init();
+  void* notification = GNMI_GetResponse_AppendNotification(ctx);
+  void* prefix = GNMI_Notification_AddPrefix(notification);
+  int n;
+
+  GNMI_Notification_SetTimestamp(notification, BenchTimestamp(0));
+  GNMI_Path_SetOrigin(prefix, "openconfig", 10);
+  GNMI_PathElem_SetName(GNMI_Path_AppendPathElem(prefix), "device", 6);
+  for (n = 0; n < kGetUpdates; n++) {
+    AppendCounterUpdate(notification, n, BenchCounterValue(n));
+  }
+  return ctx;
+}
+
+size_t OursW1Serialize(void* ctx, BenchSink* sink) {
+  void* out;
+  int len;
+  if (!GNMI_GetResponse_Serialize(ctx, &out, &len)) {
+    return 0;
+  }
+  BenchHand(sink, out, (size_t)len);
+  return (size_t)len;
+}
+
+size_t OursW1(BenchSink* sink) {
+  void* ctx = OursW1Build();
+  size_t produced = OursW1Serialize(ctx, sink);
+  GNMI_Get_DeInit(ctx);
+  return produced;
+}
+
+static size_t ReadText(const char* text, BenchSink* sink) {
+  BenchHand(sink, text, strlen(text));
+  return (unsigned char)text[0];
+}
+
+static size_t ReadPath(void* path, BenchSink* sink) {
+  size_t digest = 0;
+  int count = GNMI_Path_PathElemSizeof(path);
+  int i, k;
+  for (i = 0; i < count; i++) {
+    void* elem = GNMI_Path_GetPathElem(path, i);
+    int keys = GNMI_PathElem_KeySizeof(elem);
+    digest += ReadText(GNMI_PathElem_GetName(elem), sink);
+    for (k = 0; k < keys; k++) {
+      const char* key;
+      const char* value;
+      GNMI_PathElem_GetKey(elem, k, &key, &value);
+      digest += ReadText(key, sink) + ReadText(value, sink);
+    }
+  }
+  return digest;
+}
+
+size_t OursW2(BenchText request, BenchSink* sink) {
+  void* ctx = GNMI_Set_Init();
+  size_t digest = 0;
+  if (GNMI_SetRequest_Parse(ctx, request.data, (int)request.len)) {
+    int count = GNMI_SetRequest_UpdateSizeof(ctx);
+    int i;
+    for (i = 0; i < count; i++) {
+      void* update = GNMI_SetRequest_GetUpdate(ctx, i);
+      digest += ReadPath(GNMI_Update_GetPath(update), sink);
+      digest += ReadText(GNMI_TypedValue_GetJsonVal(GNMI_Update_GetVal(update)), sink);
+    }
+  }
+  GNMI_Set_DeInit(ctx);
+  return digest;
+}
+
+void OursW3Build(void* ctx, int m) {
+  void* notification = GNMI_SubscribeResponse_GetNotification(ctx);
+  int n;
+  GNMI_Notification_SetTimestamp(notification, BenchTimestamp(m));
+  for (n = 0; n < kStreamUpdates; n++) {
+    AppendCounterUpdate(notification, n, BenchCounterValue(m + n));
+  }
+}
+
+size_t OursW3Serialize(void* ctx, BenchSink* sink) {
+  void* out;
+  int len;
+  if (!GNMI_SubscribeResponse_Serialize(ctx, &out, &len)) {
+    return 0;
+  }
+  BenchHand(sink, out, (size_t)len);
+  return (size_t)len;
+}
+
+size_t OursW3(BenchClearFn clear, BenchSink* sink) {
+  void* ctx = GNMI_Subscribe_Init();
+  size_t produced = 0;
+  int m;
+  for (m = 0; m < kStreamMessages; m++) {
+    clear(ctx);
+    OursW3Build(ctx, m);
+    produced += OursW3Serialize(ctx, sink);
+  }
+  GNMI_Subscribe_DeInit(ctx);
+  return produced;
+}
+
+void* OursW4Build(uint32_t payloadBytes) {
+  void* msg = GRPCI_SouthMsgInit();
+  void* data = GRPCI_SouthMsgSetRpcData(msg);
+  GRPCI_SouthMsgSetConnectId(msg, 12);
+  GRPCI_SouthMsgSetRpcId(msg, 3);
+  GRPCI_SouthMsgSetTransNum(msg, 41);
+  GRPCI_SouthMsgSetReqType(msg, 1);
+  GRPCI_SouthMsgSetMsgType(msg, 3);
+  GRPCI_RpcDataSetData(data, BenchPayload(), payloadBytes);
+  GRPCI_RpcDataSetIsOver(data, 1);
+  return msg;
+}
+
+size_t OursW4(void* southMsg, BenchSink* sink) {
+  void* frame;
+  uint32_t len;
+  if (!GRPCI_SouthMsgSerialize(kBenchOwnerId, southMsg, &frame, &len)) {
+    return 0;
+  }
+  BenchHand(sink, frame, len);
+  OXA_Free_F(frame, __FILE__, __LINE__);
+  return len;
+}
+
+void* OursW5Build(void) {
+  void* reply = GRPCI_SubsReplyInit();
+  GRPCI_SubsReplySetSubscriptionId(reply, 7);
+  GRPCI_SubsReplySetRequestId(reply, 1001);
+  GRPCI_SubsReplySetResponseCode(reply, "ok", 2);
+  GRPCI_SubsReplySetMessage(reply, BenchPayload(), kReplyBytes);
+  return reply;
+}
+
+size_t OursW5(void* reply, int runs, BenchSink* sink) {
+  size_t produced = 0;
+  int run;
+  for (run = 0; run < runs; run++) {
+    void* block;
+    uint32_t len;
+    if (!GRPCI_SubsReplySerialize(kBenchOwnerId, reply, &block, &len)) {
+      return 0;
+    }
+    BenchHand(sink, block, len);
+    OXA_Free_F(block, __FILE__, __LINE__);
+    produced += len;
+  }
+  return produced;
+}

@@ -1,0 +1,66 @@
+#include "registry.h"
+
+#include <memory>
+
+#include "gnmi/gnmi_rpc.h"
+#include "grpci/grpci_ex.h"
+
+namespace bench {
+namespace {
+
+constexpr uint32_t kSmallFrame = 64 * 1024;
+constexpr uint32_t kLargeFrame = 1024 * 1024;
+
+// A message built by `build`, freed by `free` when the program ends.
+using Owned = std::unique_ptr<void, void (*)(void*)>;
+
+// W4's two sides for one payload size: our frame of a message kept for the
+// program's lifetime, and the copy of as many bytes between two buffers.
+void AddFrame(std::vector<Workload>& workloads, const std::string& label, uint32_t payloadBytes) {
+  auto msg = std::make_shared<Owned>(OursW4Build(payloadBytes), GRPCI_SouthMsgDeInit);
+  const size_t frameBytes = SouthFrameBytes(payloadBytes);
+  auto from = std::make_shared<std::vector<char>>(frameBytes, 'x');
+  auto to = std::make_shared<std::vector<char>>(frameBytes);
+  workloads.push_back({label + "/ours", "frame", 1, 10, [msg] { return OursW4(msg->get(), nullptr); }});
+  workloads.push_back({label + "/memcpy", "frame", 1, 10, [from, to, frameBytes] {
+                         return DirectW4Copy(to->data(), from->data(), frameBytes);
+                       }});
+}
+
+std::vector<Workload> MakeWorkloads() {
+  const BenchText setRequest = DirectW2Request();
+  auto oursReply = std::make_shared<Owned>(OursW5Build(), GRPCI_SubsReplyDeInit);
+  auto directReply = std::make_shared<Owned>(DirectW5Build(), DirectW5Free);
+  std::vector<Workload> workloads = {
+      {"W1/ours", "response", 1, 10, [] { return OursW1(nullptr); }},
+      {"W1/direct", "response", 1, 10, [] { return DirectW1(nullptr); }},
+      {"W2/ours", "request", 1, 50, [setRequest] { return OursW2(setRequest, nullptr); }},
+      {"W2/direct", "request", 1, 50, [setRequest] { return DirectW2(setRequest, nullptr); }},
+      {"W3/ours", "message", kStreamMessages, 1,
+       [] { return OursW3(ClearUpdateNotification, nullptr); }},
+      {"W3/direct", "message", kStreamMessages, 1, [] { return DirectW3(nullptr); }},
+  };
+  AddFrame(workloads, "W4_64KiB", kSmallFrame);
+  AddFrame(workloads, "W4_1MiB", kLargeFrame);
+  workloads.push_back({"W5/ours", "serialization", kReplyRuns, 1,
+                       [oursReply] { return OursW5(oursReply->get(), kReplyRuns, nullptr); }});
+  workloads.push_back({"W5/direct", "serialization", kReplyRuns, 1, [directReply] {
+                         return DirectW5(directReply->get(), kReplyRuns, nullptr);
+                       }});
+  return workloads;
+}
+
+}  // namespace
+
+const std::vector<Workload>& Workloads() {
+  static const std::vector<Workload> workloads = MakeWorkloads();
+  return workloads;
+}
+
+void ClearUpdateNotification(void* subscribeCtx) {
+  static_cast<GnmiRpcSubscribe*>(subscribeCtx)->GetResponse_()->mutable_update()->Clear();
+}
+
+size_t SouthFrameBytes(uint32_t payloadBytes) { return DirectW4Frame(payloadBytes, nullptr); }
+
+}  // namespace bench

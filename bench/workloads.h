@@ -1,0 +1,102 @@
+/* The benchmark workloads, each written twice: through the library's C entry
+ * points (ours.c, compiled as C as the device's software is) and with the
+ * generated message classes used directly (direct.cc). Both sides take the
+ * same inputs (workload_data.c) and must hand the same bytes to their sink. */
+#ifndef MGMTMSG_BENCH_WORKLOADS_H
+#define MGMTMSG_BENCH_WORKLOADS_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Inputs shared by both sides ---- */
+
+enum {
+  kGetUpdates = 1000,      /* W1: updates of the Get response */
+  kSetUpdates = 100,       /* W2: updates of the parsed Set request */
+  kStreamUpdates = 50,     /* W3: updates per Subscribe message */
+  kStreamMessages = 10000, /* W3: messages per stream */
+  kReplyBytes = 4096,      /* W5: bytes of the dial-in reply's message */
+  kReplyRuns = 10000,      /* W5: serializations per run */
+  kJsonValueBytes = 48     /* W1, W3: bytes of each JSON value */
+};
+
+typedef struct BenchText {
+  const char* data;
+  uint32_t len;
+} BenchText;
+
+/* Fills the tables below; call once before any workload. */
+void BenchDataInit(void);
+/* "ethN", for N below kGetUpdates. */
+BenchText BenchEthName(int n);
+/* A 48-byte JSON object: the value of every even-numbered update. */
+extern const BenchText kBenchJsonValue;
+/* The uint_val of odd-numbered update n. */
+uint64_t BenchCounterValue(int n);
+/* Timestamp of message m: a fixed instant plus m nanoseconds. */
+int64_t BenchTimestamp(int m);
+/* kBenchPayloadMax patterned bytes: W4's rpc_data and W5's message. */
+const char* BenchPayload(void);
+enum { kBenchPayloadMax = 1 << 20 };
+
+/* ---- Where encoded bytes (or, for W2, the strings read) go ----
+ * NULL while timing; the byte-identity check passes a recorder. */
+typedef struct BenchSink BenchSink;
+void BenchSinkPut(BenchSink* sink, const void* bytes, size_t len);
+static inline void BenchHand(BenchSink* sink, const void* bytes, size_t len) {
+  if (sink != NULL) {
+    BenchSinkPut(sink, bytes, len);
+  }
+}
+
+/* The memory owner id passed to the GRPCI_ serializers. */
+enum { kBenchOwnerId = 0x4d47 };
+
+/* Clears the update notification of a Subscribe context between messages:
+ * the C interface rebuilds a notification but cannot empty it. */
+typedef void (*BenchClearFn)(void* subscribeCtx);
+
+/* ---- Through the C entry points (ours.c) ----
+ * Every workload returns a number made of what it produced (byte counts) or
+ * read (W2: the first byte of every string), which the harness consumes so
+ * that nothing is optimized away. */
+size_t OursW1(BenchSink* sink);
+void* OursW1Build(void);
+size_t OursW1Serialize(void* ctx, BenchSink* sink);
+
+/* W2 reads the SetRequest encoded by DirectW2Request. */
+size_t OursW2(BenchText request, BenchSink* sink);
+
+size_t OursW3(BenchClearFn clear, BenchSink* sink);
+void OursW3Build(void* ctx, int m);
+size_t OursW3Serialize(void* ctx, BenchSink* sink);
+
+void* OursW4Build(uint32_t payloadBytes);
+size_t OursW4(void* southMsg, BenchSink* sink);
+
+void* OursW5Build(void);
+size_t OursW5(void* reply, int runs, BenchSink* sink);
+
+/* ---- With the generated classes (direct.cc), same shapes ---- */
+size_t DirectW1(BenchSink* sink);
+/* The SetRequest of W2, encoded once; valid until the program ends. */
+BenchText DirectW2Request(void);
+size_t DirectW2(BenchText request, BenchSink* sink);
+size_t DirectW3(BenchSink* sink);
+/* W4's reference: the frame's bytes copied into a preallocated buffer. */
+size_t DirectW4Copy(void* to, const void* from, size_t frameBytes);
+/* The same frame built by the generated classes, for the byte check only. */
+size_t DirectW4Frame(uint32_t payloadBytes, BenchSink* sink);
+void* DirectW5Build(void);
+void DirectW5Free(void* reply);
+size_t DirectW5(void* reply, int runs, BenchSink* sink);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
