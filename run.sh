@@ -85,7 +85,81 @@ stage_docs() {
   cmake --build build --target docs
 }
 
-all_stages=(native sanitize tidy docs)
+# Every fuzz harness for FUZZ_SECONDS (60) under ASan and UBSan in the build
+# of stage sanitize, two at a time, from the committed seeds; a crash, leak,
+# timeout or out-of-memory report fails it. Corpora, logs and crash inputs
+# stay in build-asan/fuzz-run.
+fuzz_harnesses=(capability_request get_request set_request subscribe_request south_msg subs_args
+  cancel_args)
+fuzz_one() {
+  local name=$1 dir=build-asan/fuzz-run/$1
+  mkdir -p "$dir/corpus" "$dir/artifacts"
+  if "build-asan/fuzz/fuzz_$name" -max_total_time="${FUZZ_SECONDS:-60}" -timeout=10 \
+    -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$dir/artifacts/" \
+    "$dir/corpus" "fuzz/corpus/fuzz_$name" >"$dir/log" 2>&1; then
+    echo "fuzz_$name: $(grep -o 'DONE .*cov: [0-9]* ft: [0-9]* corp: [^ ]*' "$dir/log")," \
+      "$(grep -o 'number_of_executed_units: [0-9]*' "$dir/log")"
+  else
+    echo "fuzz_$name FAILED (inputs in $dir/artifacts):"
+    tail -n 40 "$dir/log"
+    return 1
+  fi
+}
+stage_fuzz() {
+  need_packages "${base_packages[@]}" clang libclang-rt-14-dev
+  build build-asan -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+    -DMGMTMSG_SANITIZE=address,undefined -DMGMTMSG_FUZZ=ON || return 1
+  rm -rf build-asan/fuzz-run
+  export -f fuzz_one
+  printf '%s\n' "${fuzz_harnesses[@]}" | xargs -P2 -I{} bash -c 'fuzz_one {}'
+}
+
+# The native suite's programs under valgrind's memcheck (children too): any
+# error, or any block definitely or indirectly lost, fails it. The tests that
+# are CMake scripts (symbol list, install, example files) are left out.
+# memcheck keeps its own allocator out of the programs' code (somalloc), so
+# that the fault-injection test's operator new stays in place, over memcheck's
+# malloc and free.
+stage_valgrind() {
+  need_packages "${base_packages[@]}" valgrind jq
+  build build || return 1
+  ctest --test-dir build --show-only=json-v1 |
+    jq -r '.tests[] | select(.command[0] | test("/cmake$") | not) |
+      [.name, (.properties[] | select(.name == "WORKING_DIRECTORY") | .value),
+       (.command | @sh)] | @tsv' |
+    while IFS=$'\t' read -r name dir command; do
+      echo "$name"
+      if ! (cd "$dir" && eval valgrind --tool=memcheck --quiet --trace-children=yes \
+        --soname-synonyms=somalloc=nouserintercepts --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite,indirect \
+        --show-leak-kinds=definite,indirect "$command") >"build/$name.memcheck" 2>&1; then
+        tail -n 60 "build/$name.memcheck"
+        exit 1
+      fi
+    done
+}
+
+# The concurrency test, built alone with clang's ThreadSanitizer; any report
+# fails it.
+stage_tsan() {
+  need_packages "${base_packages[@]}" clang libclang-rt-14-dev
+  cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang \
+    -DCMAKE_CXX_COMPILER=clang++ -DMGMTMSG_SANITIZE=thread -DMGMTMSG_EXAMPLES=OFF >/dev/null &&
+    cmake --build build-tsan -j"$jobs" --target concurrency_test &&
+    TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/concurrency_test
+}
+
+# The benchmarks, built and each run once as a smoke test: the binary first
+# compares the bytes of both sides of every workload and fails only when they
+# differ. Timings and instruction counts are bench/run.sh's (not part of CI).
+stage_bench() {
+  need_packages "${base_packages[@]}" libbenchmark-dev
+  cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=RelWithDebInfo -DMGMTMSG_BENCH=ON \
+    -DMGMTMSG_TESTS=OFF -DMGMTMSG_EXAMPLES=OFF >/dev/null &&
+    cmake --build build-bench -j"$jobs" --target mgmtmsg_bench &&
+    build-bench/bench/mgmtmsg_bench --benchmark_min_time=0
+}
+
+all_stages=(native sanitize tidy docs target fuzz valgrind tsan bench)
 
 run_tests() {
   local stages=("$@") passed=0 failed=0 stage

@@ -4,7 +4,9 @@
 #include <cerrno>
 #include <cstddef>
 
-// glibc's own allocator, which the replacements below forward to.
+// glibc's own allocator, which the replacements below forward to, under the
+// names glibc gives it.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
@@ -12,6 +14,7 @@ void* __libc_realloc(void* block, size_t size);
 void* __libc_memalign(size_t alignment, size_t size);
 void __libc_free(void* block);
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -19,8 +22,9 @@ namespace {
 // instruction is enough.
 std::atomic<uint64_t> allocations{0};
 
-void Count() { allocations.store(allocations.load(std::memory_order_relaxed) + 1,
-                                 std::memory_order_relaxed); }
+void Count() {
+  allocations.store(allocations.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
 
 }  // namespace
 

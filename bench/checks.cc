@@ -34,9 +34,8 @@ std::string Record(const Side& side) {
 IdentityResult Compare(const std::string& workload, const Side& ours, const Side& direct) {
   const std::string oursBytes = Record(ours);
   const std::string directBytes = Record(direct);
-  const auto shorter = std::min(oursBytes.size(), directBytes.size());
   const auto difference =
-      std::mismatch(oursBytes.begin(), oursBytes.begin() + shorter, directBytes.begin());
+      std::mismatch(oursBytes.begin(), oursBytes.end(), directBytes.begin(), directBytes.end());
   return {workload, oursBytes.size(), directBytes.size(),
           static_cast<size_t>(difference.first - oursBytes.begin()), oursBytes == directBytes};
 }
@@ -65,13 +64,12 @@ AllocationResult Measure(const std::string& call, const std::function<void()>& a
 // message is longer than every one before.
 AllocationResult StreamSerializations() {
   Owned ctx(GNMI_Subscribe_Init(), GNMI_Subscribe_DeInit);
-  AllocationResult total{"GNMI_SubscribeResponse_Serialize over a W3 stream (all 10000 calls)",
-                         0, 0};
+  AllocationResult total{"GNMI_SubscribeResponse_Serialize over a W3 stream (all 10000 calls)", 0,
+                         0};
   for (int m = 0; m < kStreamMessages; m++) {
     ClearUpdateNotification(ctx.get());
     OursW3Build(ctx.get(), m);
-    const AllocationResult one =
-        Measure("", [&] { OursW3Serialize(ctx.get(), nullptr); });
+    const AllocationResult one = Measure("", [&] { OursW3Serialize(ctx.get(), nullptr); });
     total.heap += one.heap;
     total.platform += one.platform;
   }
@@ -115,9 +113,9 @@ std::vector<AllocationResult> SerializeAgainAllocations() {
       Measure("GNMI_SubscribeResponse_Serialize again (W3 context)",
               [&] { OursW3Serialize(subscribe.get(), nullptr); }),
       StreamSerializations(),
-      Measure("GRPCI_SouthMsgSerialize (1 MiB rpc_data) + OXA_Free_F",
+      Measure("GRPCI_SouthMsgSerialize again (1 MiB rpc_data) + OXA_Free_F",
               [&] { OursW4(south.get(), nullptr); }),
-      Measure("GRPCI_SubsReplySerialize (4 KiB message) + OXA_Free_F",
+      Measure("GRPCI_SubsReplySerialize again (4 KiB message) + OXA_Free_F",
               [&] { OursW5(reply.get(), 1, nullptr); }),
   };
 }

@@ -23,8 +23,8 @@ struct IdentityResult {
 std::vector<IdentityResult> CheckIdentity();
 
 struct AllocationResult {
-  std::string call;  // what was measured
-  uint64_t heap;     // heap allocations, platform blocks not included
+  std::string call;   // what was measured
+  uint64_t heap;      // heap allocations, platform blocks not included
   uint64_t platform;  // OXA_Malloc_F calls
 };
 

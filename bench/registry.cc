@@ -21,7 +21,8 @@ void AddFrame(std::vector<Workload>& workloads, const std::string& label, uint32
   const size_t frameBytes = SouthFrameBytes(payloadBytes);
   auto from = std::make_shared<std::vector<char>>(frameBytes, 'x');
   auto to = std::make_shared<std::vector<char>>(frameBytes);
-  workloads.push_back({label + "/ours", "frame", 1, 10, [msg] { return OursW4(msg->get(), nullptr); }});
+  workloads.push_back(
+      {label + "/ours", "frame", 1, 10, [msg] { return OursW4(msg->get(), nullptr); }});
   workloads.push_back({label + "/memcpy", "frame", 1, 10, [from, to, frameBytes] {
                          return DirectW4Copy(to->data(), from->data(), frameBytes);
                        }});

@@ -187,6 +187,10 @@ build_all() {
 
 main() {
   ensure_packages
+  local protoc
+  protoc=$(protoc --version)
+  [[ $protoc == "libprotoc $PROTOBUF_VERSION" ]] ||
+    die "the host's protoc is '$protoc', not the target runtime's version $PROTOBUF_VERSION"
   mkdir -p "$PREFIX"
   exec 9>"$PREFIX/.lock"
   flock 9

@@ -25,9 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   auto ctx = testsupport::Make<GNMI_Get_Init, GNMI_Get_DeInit>();
   Check(ctx != nullptr, "no context");
   if (GNMI_GetRequest_Parse(ctx.get(), data, static_cast<int>(size)) == 0) return 0;
-  void* prefixHandle = GNMI_GetRequest_GetPrefix(ctx.get());
-  Check((prefixHandle != nullptr) == (GNMI_GetRequest_HasPrefix(ctx.get()) == 1), "prefix");
-  const PathView prefix = prefixHandle != nullptr ? ReadPath(prefixHandle) : PathView();
+  const auto prefix = ReadPrefix(ctx.get(), GNMI_GetRequest_HasPrefix, GNMI_GetRequest_GetPrefix);
   std::vector<PathView> paths;
   for (int i = 0; i < GNMI_GetRequest_PathSizeof(ctx.get()); ++i) {
     paths.push_back(ReadPath(GNMI_GetRequest_GetPath(ctx.get(), i)));
@@ -40,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (size_t i = 0; i < paths.size(); ++i) {
     void* notification = GNMI_GetResponse_AppendNotification(ctx.get());
     GNMI_Notification_SetTimestamp(notification, static_cast<int64_t>(i));
-    if (prefixHandle != nullptr) WritePath(prefix, GNMI_Notification_AddPrefix(notification));
+    if (prefix) WritePath(*prefix, GNMI_Notification_AddPrefix(notification));
     void* update = GNMI_Notification_AppendUpdate(notification);
     WritePath(paths[i], GNMI_Update_SetPath(update));
     GNMI_TypedValue_SetJsonIetfVal(GNMI_Update_SetVal(update), paths[i].target.data(),
@@ -53,8 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (size_t i = 0; i < paths.size(); ++i) {
     const gnmi::Notification& notification = response.notification(static_cast<int>(i));
     Check(notification.timestamp() == static_cast<int64_t>(i), "timestamp");
-    Check(notification.has_prefix() == (prefixHandle != nullptr), "notification prefix");
-    if (notification.has_prefix()) CheckEqual(notification.prefix(), Expected(prefix), "prefix");
+    Check(notification.has_prefix() == prefix.has_value(), "notification prefix");
+    if (prefix) CheckEqual(notification.prefix(), Expected(*prefix), "prefix");
     Check(notification.update_size() == 1, "update count");
     CheckEqual(notification.update(0).path(), Expected(paths[i]), "path");
     Check(notification.update(0).val().json_ietf_val() == paths[i].target, "value");

@@ -39,8 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   auto ctx = testsupport::Make<GNMI_Set_Init, GNMI_Set_DeInit>();
   Check(ctx != nullptr, "no context");
   if (GNMI_SetRequest_Parse(ctx.get(), data, static_cast<int>(size)) == 0) return 0;
-  void* prefixHandle = GNMI_SetRequest_GetPrefix(ctx.get());
-  Check((prefixHandle != nullptr) == (GNMI_SetRequest_HasPrefix(ctx.get()) == 1), "prefix");
+  const auto prefix = ReadPrefix(ctx.get(), GNMI_SetRequest_HasPrefix, GNMI_SetRequest_GetPrefix);
   std::vector<Result> results;
   for (int i = 0; i < GNMI_SetRequest_DeleteSizeof(ctx.get()); ++i) {
     results.push_back({ReadPath(GNMI_SetRequest_GetDelete(ctx.get(), i)), kDelete});
@@ -52,8 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const Extensions extensions =
       ReadExtensions(ctx.get(), GNMI_SetRequest_ExtensionSizeof, GNMI_SetRequest_GetExtension);
 
-  const PathView prefix = prefixHandle != nullptr ? ReadPath(prefixHandle) : PathView();
-  if (prefixHandle != nullptr) WritePath(prefix, GNMI_SetResponse_AddPrefix(ctx.get()));
+  if (prefix) WritePath(*prefix, GNMI_SetResponse_AddPrefix(ctx.get()));
   GNMI_SetResponse_SetTimestamp(ctx.get(), static_cast<int64_t>(results.size()));
   for (const Result& result : results) {
     void* line = GNMI_SetResponse_AppendUpdateResult(ctx.get());
@@ -64,8 +62,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
   const std::string reply = GnmiReply(GNMI_SetResponse_Serialize, ctx.get());
   const auto response = Decode<gnmi::SetResponse>(reply.data(), reply.size());
-  Check(response.has_prefix() == (prefixHandle != nullptr), "response prefix");
-  if (response.has_prefix()) CheckEqual(response.prefix(), Expected(prefix), "prefix");
+  Check(response.has_prefix() == prefix.has_value(), "response prefix");
+  if (prefix) CheckEqual(response.prefix(), Expected(*prefix), "prefix");
   Check(response.timestamp() == static_cast<int64_t>(results.size()), "timestamp");
   Check(response.response_size() == static_cast<int>(results.size()), "update result count");
   for (size_t i = 0; i < results.size(); ++i) {

@@ -23,18 +23,18 @@ void ReadList(void* ctx) {
                     GNMI_SubscribeRequest_HasAliases(ctx);
   Check(cases <= 1, "more than one member of the oneof");
   GNMI_SubscribeRequest_ExtensionSizeof(ctx);
-  const bool defaults =
-      GNMI_SubscribeRequest_SubscriptionSize(ctx) == 0 &&
-      GNMI_SubscribeRequest_UseModelsSizeof(ctx) == 0 && GNMI_SubscribeRequest_UseAliases(ctx) == 0 &&
-      GNMI_SubscribeRequest_GetAggregation(ctx) == 0 &&
-      GNMI_SubscribeRequest_GetUpdatesOnly(ctx) == 0 &&
-      GNMI_SubscribeRequest_GetSubscriptionMode(ctx) == 0 &&
-      GNMI_SubscribeRequest_GetEncoding(ctx) == 0 && GNMI_SubscribeRequest_HasQosMarking(ctx) == 0 &&
-      GNMI_SubscribeRequest_GetQosMarking(ctx) == 0 && GNMI_SubscribeRequest_HasPrefix(ctx) == 0;
+  const bool defaults = GNMI_SubscribeRequest_SubscriptionSize(ctx) == 0 &&
+                        GNMI_SubscribeRequest_UseModelsSizeof(ctx) == 0 &&
+                        GNMI_SubscribeRequest_UseAliases(ctx) == 0 &&
+                        GNMI_SubscribeRequest_GetAggregation(ctx) == 0 &&
+                        GNMI_SubscribeRequest_GetUpdatesOnly(ctx) == 0 &&
+                        GNMI_SubscribeRequest_GetSubscriptionMode(ctx) == 0 &&
+                        GNMI_SubscribeRequest_GetEncoding(ctx) == 0 &&
+                        GNMI_SubscribeRequest_HasQosMarking(ctx) == 0 &&
+                        GNMI_SubscribeRequest_GetQosMarking(ctx) == 0 &&
+                        GNMI_SubscribeRequest_HasPrefix(ctx) == 0;
   Check(GNMI_SubscribeRequest_HasSubscribe(ctx) == 1 || defaults,
         "a list read from a request that is no subscribe");
-  Check((GNMI_SubscribeRequest_GetPrefix(ctx) != nullptr) == (GNMI_SubscribeRequest_HasPrefix(ctx) == 1),
-        "prefix");
 }
 
 std::vector<Subscription> ReadSubscriptions(void* ctx) {
@@ -61,12 +61,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Check(ctx != nullptr, "no context");
   if (GNMI_SubscribeRequest_Parse(ctx.get(), data, static_cast<int>(size)) == 0) return 0;
   ReadList(ctx.get());
-  void* prefixHandle = GNMI_SubscribeRequest_GetPrefix(ctx.get());
-  const PathView prefix = prefixHandle != nullptr ? ReadPath(prefixHandle) : PathView();
+  const auto prefix =
+      ReadPrefix(ctx.get(), GNMI_SubscribeRequest_HasPrefix, GNMI_SubscribeRequest_GetPrefix);
   const std::vector<Subscription> subscriptions = ReadSubscriptions(ctx.get());
 
   void* notification = GNMI_SubscribeResponse_GetNotification(ctx.get());
-  if (prefixHandle != nullptr) WritePath(prefix, GNMI_Notification_AddPrefix(notification));
+  if (prefix) WritePath(*prefix, GNMI_Notification_AddPrefix(notification));
   for (const Subscription& subscription : subscriptions) {
     void* update = GNMI_Notification_AppendUpdate(notification);
     WritePath(subscription.path, GNMI_Update_SetPath(update));
@@ -83,8 +83,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string reply = GnmiReply(GNMI_SubscribeResponse_Serialize, ctx.get());
   const auto response = Decode<gnmi::SubscribeResponse>(reply.data(), reply.size());
   Check(response.has_update(), "notification");
-  Check(response.update().has_prefix() == (prefixHandle != nullptr), "notification prefix");
-  if (prefixHandle != nullptr) CheckEqual(response.update().prefix(), Expected(prefix), "prefix");
+  Check(response.update().has_prefix() == prefix.has_value(), "notification prefix");
+  if (prefix) CheckEqual(response.update().prefix(), Expected(*prefix), "prefix");
   Check(response.update().update_size() == static_cast<int>(subscriptions.size()), "updates");
   for (size_t i = 0; i < subscriptions.size(); ++i) {
     const gnmi::Update& update = response.update().update(static_cast<int>(i));

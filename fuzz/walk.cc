@@ -49,7 +49,8 @@ std::vector<std::pair<std::string, std::string>> ReadKeys(void* elem) {
   GNMI_PathElem_GetKey(elem, count, &key, &value);
   Check(Read(key).empty() && Read(value).empty(), "a key past the end is not empty");
   GNMI_PathElem_GetKey(elem, -1, &key, &value);
-  const bool firstEntry = count == 0 || (Read(key) == keys[0].first && Read(value) == keys[0].second);
+  const bool firstEntry =
+      count == 0 || (Read(key) == keys[0].first && Read(value) == keys[0].second);
   Check(firstEntry, "a negative key index is not the first entry");
   return keys;
 }
@@ -66,6 +67,12 @@ PathView ReadPath(void* path) {
     view.elems.push_back({Read(GNMI_PathElem_GetName(elem)), ReadKeys(elem)});
   }
   return view;
+}
+
+std::optional<PathView> ReadPrefix(void* ctx, int (*has)(void*), void* (*get)(void*)) {
+  void* prefix = get(ctx);
+  Check((prefix != nullptr) == (has(ctx) == 1), "prefix presence");
+  return prefix != nullptr ? std::optional<PathView>(ReadPath(prefix)) : std::nullopt;
 }
 
 void WritePath(const PathView& view, void* path) {

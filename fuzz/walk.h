@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -52,6 +53,10 @@ struct PathView {
 // Reads every element and key of a Path handle, checking the documented
 // answers of the key reader for indices outside the map.
 PathView ReadPath(void* path);
+
+// A request's prefix through its readers (Get gives NULL exactly when Has
+// gives 0), or none.
+std::optional<PathView> ReadPrefix(void* ctx, int (*has)(void*), void* (*get)(void*));
 
 // Fills an empty Path handle through the setters.
 void WritePath(const PathView& view, void* path);

@@ -1,10 +1,12 @@
 // Readers of the Get, Set and Capabilities requests and builders of their
 // responses, all reached through the RPC context.
+#include "common/builders.h"
 #include "common/fatal_check.h"
 #include "common/handles.h"
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_rpc.h"
 
+using mgmtmsg::AppendTo;
 using mgmtmsg::As;
 using mgmtmsg::AssignBytes;
 using mgmtmsg::HandleAt;
@@ -58,7 +60,7 @@ void* GNMI_GetRequest_GetExtension(void* ctx, int index) {
 int GNMI_GetRequest_ExtensionSizeof(void* ctx) { return GetRequest(ctx).extension_size(); }
 
 void* GNMI_GetResponse_AppendNotification(void* ctx) {
-  return GetResponse(ctx)->add_notification();
+  return AppendTo(GetResponse(ctx)->mutable_notification());
 }
 
 int GNMI_SetRequest_HasPrefix(void* ctx) { return SetRequest(ctx).has_prefix(); }
@@ -83,11 +85,15 @@ void* GNMI_SetRequest_GetExtension(void* ctx, int index) {
 int GNMI_SetRequest_ExtensionSizeof(void* ctx) { return SetRequest(ctx).extension_size(); }
 
 void* GNMI_SetResponse_AddPrefix(void* ctx) { return SetResponse(ctx)->mutable_prefix(); }
-void* GNMI_SetResponse_AppendUpdateResult(void* ctx) { return SetResponse(ctx)->add_response(); }
+void* GNMI_SetResponse_AppendUpdateResult(void* ctx) {
+  return AppendTo(SetResponse(ctx)->mutable_response());
+}
 void GNMI_SetResponse_SetTimestamp(void* ctx, int64_t timestamp) {
   SetResponse(ctx)->set_timestamp(timestamp);
 }
-void* GNMI_SetResponse_AppendExtension(void* ctx) { return SetResponse(ctx)->add_extension(); }
+void* GNMI_SetResponse_AppendExtension(void* ctx) {
+  return AppendTo(SetResponse(ctx)->mutable_extension());
+}
 
 void* GNMI_CapabilityRequest_GetExtension(void* ctx, int index) {
   return HandleAt(CapabilityRequest(ctx).extension(), index, kGnmiIndexSite);
@@ -97,13 +103,13 @@ int GNMI_CapabilityRequest_ExtensionSizeof(void* ctx) {
 }
 
 void* GNMI_CapabilityResponse_AppendSupportedModels(void* ctx) {
-  return CapabilityResponse(ctx)->add_supported_models();
+  return AppendTo(CapabilityResponse(ctx)->mutable_supported_models());
 }
 void GNMI_CapabilityResponse_AppendSupportedEncodings(void* ctx, int encoding) {
   AppendGrowing(CapabilityResponse(ctx)->mutable_supported_encodings(), encoding);
 }
 void* GNMI_CapabilityResponse_AppendExtension(void* ctx) {
-  return CapabilityResponse(ctx)->add_extension();
+  return AppendTo(CapabilityResponse(ctx)->mutable_extension());
 }
 void GNMI_CapabilityResponse_SetGnmiVersion(void* ctx, const char* text, int len) {
   AssignBytes(CapabilityResponse(ctx)->mutable_gnmi_version(), text, len);

@@ -1,10 +1,12 @@
 // Accessors of notifications, updates, update results and model data, each
 // reached through the message's own handle.
+#include "common/builders.h"
 #include "common/fatal_check.h"
 #include "common/handles.h"
 #include "gnmi/gnmi.pb.h"
 #include "gnmi/gnmi_ex.h"
 
+using mgmtmsg::AppendTo;
 using mgmtmsg::As;
 using mgmtmsg::AssignBytes;
 using mgmtmsg::Flag;
@@ -42,7 +44,7 @@ void GNMI_Notification_SetAlias(void* notification, const char* data, uint32_t l
   AssignBytes(Notification(notification)->mutable_alias(), data, len);
 }
 void* GNMI_Notification_AppendUpdate(void* notification) {
-  return Notification(notification)->add_update();
+  return AppendTo(Notification(notification)->mutable_update());
 }
 void* GNMI_Notification_GetUpdate(void* notification, int index) {
   return HandleAt(Notification(notification)->update(), index, kGnmiIndexSite);
@@ -51,7 +53,7 @@ int GNMI_Notification_UpdateSizeof(void* notification) {
   return Notification(notification)->update_size();
 }
 void* GNMI_Notification_AppendDelete(void* notification) {
-  return Notification(notification)->add_delete_();
+  return AppendTo(Notification(notification)->mutable_delete_());
 }
 void* GNMI_Notification_GetDelete(void* notification, int index) {
   return HandleAt(Notification(notification)->delete_(), index, kGnmiIndexSite);

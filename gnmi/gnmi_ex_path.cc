@@ -1,10 +1,15 @@
 // Accessors of paths, path elements with their keys, and typed values, each
 // reached through the message's own handle.
+#include <string>
+#include <utility>
+
+#include "common/builders.h"
 #include "common/fatal_check.h"
 #include "common/handles.h"
 #include "gnmi/gnmi.pb.h"
 #include "gnmi/gnmi_ex.h"
 
+using mgmtmsg::AppendTo;
 using mgmtmsg::As;
 using mgmtmsg::AssignBytes;
 using mgmtmsg::Flag;
@@ -46,9 +51,15 @@ void GNMI_TypedValue_SetUintVal(void* value, uint64_t number) {
 }
 void GNMI_TypedValue_SetBoolVal(void* value, int flag) { Value(value)->set_bool_val(Flag(flag)); }
 void GNMI_TypedValue_SetFloatVal(void* value, float number) { Value(value)->set_float_val(number); }
-void* GNMI_TypedValue_LeaflistVal(void* value) { return Value(value)->mutable_leaflist_val(); }
+void* GNMI_TypedValue_LeaflistVal(void* value) {
+  gnmi::TypedValue* typed = Value(value);
+  return typed->has_leaflist_val()
+             ? typed->mutable_leaflist_val()
+             : mgmtmsg::SwitchOneofTo(typed,
+                                      &gnmi::TypedValue::unsafe_arena_set_allocated_leaflist_val);
+}
 void* GNMI_TypedValue_AddElement(void* leaflist) {
-  return As<gnmi::ScalarArray>(leaflist)->add_element();
+  return AppendTo(As<gnmi::ScalarArray>(leaflist)->mutable_element());
 }
 void GNMI_TypedValue_SetJsonVal(void* value, const char* data, uint32_t len) {
   AssignBytes(Value(value)->mutable_json_val(), data, len);
@@ -72,7 +83,7 @@ const char* GNMI_Path_GetTarget(void* path) { return Path(path)->target().c_str(
 void GNMI_Path_SetTarget(void* path, const char* data, uint32_t len) {
   AssignBytes(Path(path)->mutable_target(), data, len);
 }
-void* GNMI_Path_AppendPathElem(void* path) { return Path(path)->add_elem(); }
+void* GNMI_Path_AppendPathElem(void* path) { return AppendTo(Path(path)->mutable_elem()); }
 void* GNMI_Path_GetPathElem(void* path, int index) {
   return mgmtmsg::HandleAt(Path(path)->elem(), index, mgmtmsg::kGnmiIndexSite);
 }
@@ -89,5 +100,9 @@ void GNMI_PathElem_GetKey(void* elem, int index, const char** key, const char** 
 }
 void GNMI_PathElem_AppendKey(void* elem, const char* key, uint32_t keyLen, const char* value,
                              uint32_t valueLen) {
-  (*Elem(elem)->mutable_key())[StringOf(key, keyLen)] = StringOf(value, valueLen);
+  // Both copies are made before the map is touched, so that running out of
+  // memory for either leaves the element as it was.
+  std::string keyText = StringOf(key, keyLen);
+  std::string valueText = StringOf(value, valueLen);
+  (*Elem(elem)->mutable_key())[std::move(keyText)] = std::move(valueText);
 }

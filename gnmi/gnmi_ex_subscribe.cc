@@ -1,5 +1,6 @@
 // Readers of the Subscribe request and builders of its two responses, all
 // reached through the Subscribe context.
+#include "common/builders.h"
 #include "common/fatal_check.h"
 #include "common/handles.h"
 #include "gnmi/gnmi_ex.h"
@@ -10,6 +11,7 @@ using mgmtmsg::Flag;
 using mgmtmsg::Handle;
 using mgmtmsg::HandleAt;
 using mgmtmsg::HandleOrNull;
+using mgmtmsg::SwitchOneofTo;
 
 namespace {
 
@@ -66,11 +68,19 @@ int GNMI_SubscribeRequest_GetSuppressRedundant(void* ctx, int index) {
 int GNMI_SubscribeRequest_GetSampleMode(void* ctx, int index) { return Entry(ctx, index).mode(); }
 
 void* GNMI_SubscribeRequest_SetAliases(void* ctx) {
-  return Request(ctx)->mutable_aliases()->add_alias();
+  gnmi::SubscribeRequest* request = Request(ctx);
+  gnmi::AliasList* aliases =
+      request->has_aliases()
+          ? request->mutable_aliases()
+          : SwitchOneofTo(request, &gnmi::SubscribeRequest::unsafe_arena_set_allocated_aliases);
+  return mgmtmsg::AppendTo(aliases->mutable_alias());
 }
 
 void* GNMI_SubscribeResponse_GetNotification(void* ctx) {
-  return As<GnmiRpcSubscribe>(ctx)->GetResponse_()->mutable_update();
+  gnmi::SubscribeResponse* response = As<GnmiRpcSubscribe>(ctx)->GetResponse_();
+  return response->has_update()
+             ? response->mutable_update()
+             : SwitchOneofTo(response, &gnmi::SubscribeResponse::unsafe_arena_set_allocated_update);
 }
 void* GNMI_SubscribeRequest_GetUpdate(void* ctx, int index) {
   return HandleAt(As<GnmiRpcSubscribe>(ctx)->GetResponse_()->update().update(), index,

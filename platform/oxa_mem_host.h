@@ -1,7 +1,8 @@
 /* Host substitute for the device memory manager, for tests, examples and
  * benchmarks. Blocks come from malloc; every call is counted and the last
  * call's arguments are recorded, and the next allocations can be made to
- * fail. Not thread-safe: drive it from one thread. */
+ * fail. Calls from several threads are serialized by one lock, as the
+ * device's memory manager may be called from any thread. */
 #ifndef MGMTMSG_PLATFORM_OXA_MEM_HOST_H
 #define MGMTMSG_PLATFORM_OXA_MEM_HOST_H
 

@@ -10,7 +10,11 @@ FatalReport* current = nullptr;
 
 void Record(google::protobuf::LogLevel level, const char* file, int line,
             const std::string& message) {
-  if (current != nullptr && level == google::protobuf::LOGLEVEL_FATAL) {
+  if (current == nullptr) {
+    return;
+  }
+  current->logged += message + "\n";
+  if (level == google::protobuf::LOGLEVEL_FATAL) {
     current->file = file;
     current->line = line;
     current->message = message;

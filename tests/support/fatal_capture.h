@@ -1,5 +1,5 @@
-// Captures what the message runtime's log reports when a call ends in a
-// fatal check.
+// Captures what the message runtime logs during a call, and how the call
+// ends: normally or in a fatal check.
 #ifndef MGMTMSG_TESTS_SUPPORT_FATAL_CAPTURE_H
 #define MGMTMSG_TESTS_SUPPORT_FATAL_CAPTURE_H
 
@@ -14,6 +14,7 @@ struct FatalReport {
   std::string file;
   int line = 0;
   std::string message;
+  std::string logged;  // every line logged during the call, each ending in '\n'
 };
 
 // Runs `call` with the runtime's log captured. `raised` is false when the
