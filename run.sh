@@ -159,7 +159,7 @@ stage_bench() {
     build-bench/bench/mgmtmsg_bench --benchmark_min_time=0
 }
 
-all_stages=(native sanitize tidy docs target fuzz valgrind tsan bench)
+all_stages=(native format tidy docs sanitize fuzz tsan valgrind target bench)
 
 run_tests() {
   local stages=("$@") passed=0 failed=0 stage

@@ -118,7 +118,9 @@ def profile_lines(name, ours, reference, instructions):
 
     mine_objects, their_objects = by_object(mine, oi["runs"]), by_object(theirs, ri["runs"])
     lines = [
-        f"Where the instructions of one run go, by object file (exclusive counts, `callgrind_annotate`):",
+        "Where the instructions of one run go, by object file (exclusive counts, `callgrind_annotate`).",
+        "The generated classes' inline accessors run inside libmgmtmsg on our side and inside",
+        "mgmtmsg_bench on the direct side, so those two rows move together; their sum is what counts.",
         "",
         f"| object | ours | {reference} | ours − {reference} |",
         "|---|---:|---:|---:|",
@@ -233,6 +235,10 @@ def main():
         "  every path element name, key, key value and value on both sides.",
         "- W4 compares `GRPCI_SouthMsgSerialize` + `OXA_Free_F` with a `memcpy` of the frame's bytes",
         "  between two preallocated buffers.",
+        "- W4 and W5 take their blocks from the host substitute of the device memory manager",
+        "  (`platform/oxa_mem_host.c`: `malloc` under a lock, with call counters), so our side also",
+        "  pays for the substitute: in W5 that is most of the difference to the direct side's plain",
+        "  `malloc`. On the device the platform's own allocator takes its place.",
         "",
         "## Workloads",
     ]

@@ -9,7 +9,7 @@ int RunGnmiSubscribe(void);
 /* The south IPC and dial-in exchanges also write the bytes they send into
  * the directory frameDir (south_msg.frame, subs_reply.bin) unless it is
  * NULL. */
-int RunSouthIpc(const char *frameDir);
-int RunDialin(const char *frameDir);
+int RunSouthIpc(const char* frameDir);
+int RunDialin(const char* frameDir);
 
 #endif

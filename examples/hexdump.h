@@ -5,6 +5,6 @@
 #include <stddef.h>
 
 /* Prints "label (n bytes): hex bytes" on one line, 32 bytes a line. */
-void PrintBytes(const char *label, const void *data, size_t len);
+void PrintBytes(const char* label, const void* data, size_t len);
 
 #endif

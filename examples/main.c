@@ -7,8 +7,8 @@
 #include "exchanges.h"
 
 /* Usage: mgmtmsg_example [--write-frames DIR] */
-int main(int argc, char **argv) {
-  const char *frameDir = NULL;
+int main(int argc, char** argv) {
+  const char* frameDir = NULL;
   int failures = 0;
   if (argc == 3 && strcmp(argv[1], "--write-frames") == 0) {
     frameDir = argv[2];

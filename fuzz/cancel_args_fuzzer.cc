@@ -9,9 +9,9 @@
 using namespace fuzzwalk;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  auto args = testsupport::Make<GRPCI_CancelArgsInit, GRPCI_CancelArgsDeInit>();
-  Check(args != nullptr, "no message");
-  if (GRPCI_CancelArgsParse(args.get(), data, static_cast<int32_t>(size)) == 0) return 0;
+  auto args =
+      Parsed<GRPCI_CancelArgsInit, GRPCI_CancelArgsDeInit>(GRPCI_CancelArgsParse, data, size);
+  if (!args) return 0;
   const uint64_t requestId = GRPCI_CancelArgsGetRequestId(args.get());
   const std::string subscription = std::to_string(GRPCI_CancelArgsGetSubscriptionId(args.get()));
 

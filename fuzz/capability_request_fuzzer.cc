@@ -2,14 +2,13 @@
 // echoed in the response, whose bytes must carry them unchanged.
 #include "fuzz/walk.h"
 #include "gnmi/gnmi_ex.h"
-#include "support/owned.h"
 
 using namespace fuzzwalk;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  auto ctx = testsupport::Make<GNMI_Capability_Init, GNMI_Capability_DeInit>();
-  Check(ctx != nullptr, "no context");
-  if (GNMI_CapabilityRequest_Parse(ctx.get(), data, static_cast<int>(size)) == 0) return 0;
+  auto ctx = Parsed<GNMI_Capability_Init, GNMI_Capability_DeInit>(GNMI_CapabilityRequest_Parse,
+                                                                  data, size);
+  if (!ctx) return 0;
   const Extensions extensions = ReadExtensions(ctx.get(), GNMI_CapabilityRequest_ExtensionSizeof,
                                                GNMI_CapabilityRequest_GetExtension);
 

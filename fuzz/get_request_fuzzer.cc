@@ -4,7 +4,6 @@
 // its bytes must carry exactly what the readers returned.
 #include "fuzz/walk.h"
 #include "gnmi/gnmi_ex.h"
-#include "support/owned.h"
 
 using namespace fuzzwalk;
 
@@ -22,9 +21,8 @@ void ReadModels(void* ctx) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  auto ctx = testsupport::Make<GNMI_Get_Init, GNMI_Get_DeInit>();
-  Check(ctx != nullptr, "no context");
-  if (GNMI_GetRequest_Parse(ctx.get(), data, static_cast<int>(size)) == 0) return 0;
+  auto ctx = Parsed<GNMI_Get_Init, GNMI_Get_DeInit>(GNMI_GetRequest_Parse, data, size);
+  if (!ctx) return 0;
   const auto prefix = ReadPrefix(ctx.get(), GNMI_GetRequest_HasPrefix, GNMI_GetRequest_GetPrefix);
   std::vector<PathView> paths;
   for (int i = 0; i < GNMI_GetRequest_PathSizeof(ctx.get()); ++i) {

@@ -4,7 +4,6 @@
 // path, and its bytes must carry exactly what the readers returned.
 #include "fuzz/walk.h"
 #include "gnmi/gnmi_ex.h"
-#include "support/owned.h"
 
 using namespace fuzzwalk;
 
@@ -36,9 +35,8 @@ void ReadUpdates(void* ctx, int (*count)(void*), void* (*get)(void*, int), int o
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  auto ctx = testsupport::Make<GNMI_Set_Init, GNMI_Set_DeInit>();
-  Check(ctx != nullptr, "no context");
-  if (GNMI_SetRequest_Parse(ctx.get(), data, static_cast<int>(size)) == 0) return 0;
+  auto ctx = Parsed<GNMI_Set_Init, GNMI_Set_DeInit>(GNMI_SetRequest_Parse, data, size);
+  if (!ctx) return 0;
   const auto prefix = ReadPrefix(ctx.get(), GNMI_SetRequest_HasPrefix, GNMI_SetRequest_GetPrefix);
   std::vector<Result> results;
   for (int i = 0; i < GNMI_SetRequest_DeleteSizeof(ctx.get()); ++i) {

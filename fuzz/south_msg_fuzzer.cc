@@ -69,9 +69,8 @@ void ReadRecords(void* msg, const quorix_grpc_ipc::SouthMsg& parsed) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  auto msg = testsupport::Make<GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>();
-  Check(msg != nullptr, "no message");
-  if (GRPCI_SouthMsgParse(msg.get(), data, static_cast<int32_t>(size)) == 0) return 0;
+  auto msg = Parsed<GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>(GRPCI_SouthMsgParse, data, size);
+  if (!msg) return 0;
   const auto& parsed = *static_cast<const quorix_grpc_ipc::SouthMsg*>(msg.get());
   GRPCI_SouthMsgGetConnectId(msg.get());
   GRPCI_SouthMsgGetRpcId(msg.get());

@@ -23,9 +23,8 @@ void ReadSuppress(void* args) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  auto args = testsupport::Make<GRPCI_SubsArgsInit, GRPCI_SubsArgsDeInit>();
-  Check(args != nullptr, "no message");
-  if (GRPCI_SubsArgsParse(args.get(), data, static_cast<int32_t>(size)) == 0) return 0;
+  auto args = Parsed<GRPCI_SubsArgsInit, GRPCI_SubsArgsDeInit>(GRPCI_SubsArgsParse, data, size);
+  if (!args) return 0;
   std::string paths;
   for (int32_t i = 0; i < GRPCI_SubsArgsPathSizeof(args.get()); ++i) {
     void* path = GRPCI_SubsArgsGetPath(args.get(), i);

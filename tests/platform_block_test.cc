@@ -5,7 +5,7 @@
 
 #include <climits>
 #include <cstring>
-#include <utility>
+#include <string>
 
 #include "common/platform_block.h"
 #include "gnmi/gnmi_rpc.h"
@@ -58,36 +58,34 @@ int32_t SerializeFor(uint32_t ownerId, void* message, void** out, uint32_t* outL
 
 using PlatformBlock = testsupport::OxaTest;
 
-TEST_F(PlatformBlock, SizeIsComputedOnceForEitherLayout) {
-  ChosenMessage framed(5, 5);
-  const auto frame = SerializeWith(SerializeFor<kFramed>, 42, &framed);
-  ASSERT_EQ(frame.result, 1);
-  EXPECT_EQ(frame.LengthWord(), 5u);
-  EXPECT_EQ(frame.Bytes(4, frame.length - 4), "xxxxx");
-  testsupport::ExpectLastMalloc(42, 9, "framing_module", 10);
+TEST_F(PlatformBlock, SizeIsComputedOnceAndAShortEncodingReleasesTheBlock) {
+  const uint32_t five = 5;  // the length word, in host byte order
+  const std::string frame = std::string(reinterpret_cast<const char*>(&five), 4) + "xxxxx";
+  const struct {
+    const PlatformBlockSite& site;
+    testsupport::Serializer serialize;
+    uint32_t blockBytes;  // for 5 message bytes
+    std::string reported;
+  } layouts[] = {{kFramed, SerializeFor<kFramed>, 9, frame},
+                 {kBare, SerializeFor<kBare>, 6, "xxxxx"}};
+  for (const auto& layout : layouts) {
+    ChosenMessage message(5, 5);
+    const auto block = SerializeWith(layout.serialize, 42, &message);
+    ASSERT_EQ(block.result, 1);
+    EXPECT_EQ(message.sizeComputations, 1);
+    EXPECT_EQ(block.Bytes(0, block.length), layout.reported);
+    testsupport::ExpectLastMalloc(42, layout.blockBytes, layout.site.module,
+                                  layout.site.mallocLine);
 
-  ChosenMessage bare(5, 5);
-  const auto block = SerializeWith(SerializeFor<kBare>, 43, &bare);
-  ASSERT_EQ(block.result, 1);
-  EXPECT_EQ(block.Bytes(0, block.length), "xxxxx");
-  testsupport::ExpectLastMalloc(43, 6, "bare_module", 30);
-  EXPECT_EQ(framed.sizeComputations + bare.sizeComputations, 2);
-}
-
-TEST_F(PlatformBlock, EncodingShortOfTheComputedSizeReleasesTheBlock) {
-  const std::pair<const PlatformBlockSite*, testsupport::Serializer> sites[] = {
-      {&kFramed, SerializeFor<kFramed>}, {&kBare, SerializeFor<kBare>}};
-  for (const auto& [site, serialize] : sites) {
     ChosenMessage shorter(5, 4);
-    const auto failed = SerializeWith(serialize, 1, &shorter);
+    const auto failed = SerializeWith(layout.serialize, 1, &shorter);
     const OxaHostStats stats = OxaHost_Stats();
     EXPECT_EQ(failed.result, 0);
     EXPECT_TRUE(failed.outUntouched);
     EXPECT_EQ(stats.lastFree.block, stats.lastMalloc.block);
-    EXPECT_STREQ(stats.lastFree.file, site->module);
-    EXPECT_EQ(stats.lastFree.line, site->freeLine);
+    EXPECT_STREQ(stats.lastFree.file, layout.site.module);
+    EXPECT_EQ(stats.lastFree.line, layout.site.freeLine);
   }
-  EXPECT_EQ(OxaHost_Stats().freeCalls, 2u);
 }
 
 // A gNMI context around a ChosenMessage, serialized as every context serializes.

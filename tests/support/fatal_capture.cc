@@ -37,9 +37,4 @@ FatalReport CaptureFatal(const std::function<void()>& call) {
   return report;
 }
 
-std::ostream& operator<<(std::ostream& os, const FatalReport& report) {
-  return os << "fatal=" << report.raised << " at " << report.file << ":" << report.line << " \""
-            << report.message << "\"";
-}
-
 }  // namespace testsupport

@@ -4,8 +4,8 @@
 #define MGMTMSG_TESTS_SUPPORT_FATAL_CAPTURE_H
 
 #include <functional>
-#include <ostream>
 #include <string>
+#include <tuple>
 
 namespace testsupport {
 
@@ -21,21 +21,18 @@ struct FatalReport {
 // call returned normally.
 FatalReport CaptureFatal(const std::function<void()>& call);
 
-std::ostream& operator<<(std::ostream& os, const FatalReport& report);
-
 inline constexpr const char* kNegativeIndex = "CHECK failed: (index) >= (0): ";
 inline constexpr const char* kPastEndIndex = "CHECK failed: (index) < (current_size_): ";
 
 }  // namespace testsupport
 
 // Expects `call` to end in a fatal check logged as `text` from module:line.
-#define EXPECT_FATAL_CHECK(call, module, line_no, text)                    \
-  do {                                                                     \
-    const auto report_ = testsupport::CaptureFatal([&] { (void)(call); }); \
-    EXPECT_TRUE(report_.raised) << #call " returned";                      \
-    EXPECT_EQ(report_.file, (module)) << report_;                          \
-    EXPECT_EQ(report_.line, (line_no)) << report_;                         \
-    EXPECT_EQ(report_.message, (text)) << report_;                         \
+#define EXPECT_FATAL_CHECK(call, module, line_no, text)                          \
+  do {                                                                           \
+    const auto report_ = testsupport::CaptureFatal([&] { (void)(call); });       \
+    EXPECT_TRUE(report_.raised) << #call " returned";                            \
+    EXPECT_EQ(std::tie(report_.file, report_.line, report_.message),             \
+              std::make_tuple(std::string(module), line_no, std::string(text))); \
   } while (0)
 
 #endif

@@ -21,7 +21,7 @@ struct OxaFree {
 
 // What a serializer gave back. The out-arguments start as sentinels, so that
 // a failed call can be seen to have left them alone.
-struct Serialized {
+struct Block {
   int32_t result = 0;
   std::unique_ptr<void, OxaFree> block;
   uint32_t length = 0;
@@ -41,12 +41,12 @@ struct Serialized {
 
 using Serializer = int32_t (*)(uint32_t ownerId, void* message, void** out, uint32_t* outLen);
 
-inline Serialized SerializeWith(Serializer serialize, uint32_t ownerId, void* message) {
+inline Block SerializeWith(Serializer serialize, uint32_t ownerId, void* message) {
   static char sentinel;
   constexpr uint32_t kSentinelLength = 0xA5A5A5A5u;
   void* out = &sentinel;
   uint32_t length = kSentinelLength;
-  Serialized serialized;
+  Block serialized;
   serialized.result = serialize(ownerId, message, &out, &length);
   serialized.outUntouched = out == &sentinel && length == kSentinelLength;
   if (serialized.result == 1) {
@@ -70,11 +70,11 @@ inline void ExpectLastMalloc(uint32_t ownerId, uint32_t size, const char* file, 
 // Fills `payload` so that the message's encoding, `overhead` bytes longer, is
 // one byte over the 52428800-byte limit, and expects it refused without any
 // allocation; then serializes it one byte shorter, at the limit.
-inline Serialized SerializeAtTheLimit(Serializer serialize, void* message, std::string* payload,
-                                      size_t overhead) {
+inline Block SerializeAtTheLimit(Serializer serialize, void* message, std::string* payload,
+                                 size_t overhead) {
   payload->assign(52428800 - overhead + 1, 'p');
   OxaHost_Reset();
-  const Serialized refused = SerializeWith(serialize, 1, message);
+  const Block refused = SerializeWith(serialize, 1, message);
   EXPECT_EQ(refused.result, 0);
   EXPECT_TRUE(refused.outUntouched);
   EXPECT_EQ(OxaHost_Stats().mallocCalls, 0u);
