@@ -21,7 +21,8 @@ need_packages() {
   fi
 }
 
-base_packages=(cmake make g++ pkg-config libprotobuf-dev protobuf-compiler libgtest-dev)
+base_packages=(cmake make g++ pkg-config libprotobuf-dev protobuf-compiler libgtest-dev
+  libbenchmark-dev)
 
 # build DIR [CMAKE OPTION...]: configures and builds into DIR.
 build() {
@@ -152,11 +153,8 @@ stage_tsan() {
 # compares the bytes of both sides of every workload and fails only when they
 # differ. Timings and instruction counts are bench/run.sh's (not part of CI).
 stage_bench() {
-  need_packages "${base_packages[@]}" libbenchmark-dev
-  cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=RelWithDebInfo -DMGMTMSG_BENCH=ON \
-    -DMGMTMSG_TESTS=OFF -DMGMTMSG_EXAMPLES=OFF >/dev/null &&
-    cmake --build build-bench -j"$jobs" --target mgmtmsg_bench &&
-    build-bench/bench/mgmtmsg_bench --benchmark_min_time=0
+  need_packages "${base_packages[@]}"
+  build build && build/bench/mgmtmsg_bench --benchmark_min_time=0
 }
 
 all_stages=(native format tidy docs sanitize fuzz tsan valgrind target bench)
@@ -166,10 +164,12 @@ run_tests() {
   ((${#stages[@]})) || stages=("${all_stages[@]}")
   for stage in "${stages[@]}"; do
     echo "== stage $stage"
+    local started=$SECONDS
     if ("stage_$stage"); then
+      echo "== stage $stage passed in $((SECONDS - started)) s"
       passed=$((passed + 1))
     else
-      echo "== stage $stage FAILED"
+      echo "== stage $stage FAILED after $((SECONDS - started)) s"
       failed=$((failed + 1))
     fi
   done
