@@ -4,7 +4,6 @@
 #include "fuzz/walk.h"
 #include "grpci/grpci_ex.h"
 #include "quorix-grpc-dialin.pb.h"
-#include "support/owned.h"
 
 using namespace fuzzwalk;
 
@@ -19,8 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   GRPCI_CancelReplySetRequestId(reply.get(), requestId);
   GRPCI_CancelReplySetResponseCode(reply.get(), "200", 3);
   GRPCI_CancelReplySetMessage(reply.get(), subscription.data(), Len(subscription));
-  const std::string bytes = PlatformReply(GRPCI_CancelReplySerialize, reply.get());
-  const auto decoded = Decode<quorix_dialin::CancelReply>(bytes.data(), bytes.size());
+  const auto decoded = Reply<quorix_dialin::CancelReply>(GRPCI_CancelReplySerialize, reply.get());
   Check(decoded.request_id() == requestId && decoded.response_code() == "200" &&
             decoded.message() == subscription,
         "reply fields");

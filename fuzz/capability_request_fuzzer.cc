@@ -13,12 +13,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                                GNMI_CapabilityRequest_GetExtension);
 
   static const std::string kVersion = "0.7.0";
-  GNMI_CapabilityResponse_SetGnmiVersion(ctx.get(), kVersion.data(), Len(kVersion));
+  GNMI_CapabilityResponse_SetGnmiVersion(ctx.get(), kVersion.data(),
+                                         static_cast<int>(kVersion.size()));
   GNMI_CapabilityResponse_AppendSupportedEncodings(ctx.get(), static_cast<int>(extensions.size()));
   AppendExtensions(extensions, ctx.get(), GNMI_CapabilityResponse_AppendExtension);
 
-  const std::string reply = GnmiReply(GNMI_CapabilityResponse_Serialize, ctx.get());
-  const auto response = Decode<gnmi::CapabilityResponse>(reply.data(), reply.size());
+  const auto response =
+      Reply<gnmi::CapabilityResponse>(GNMI_CapabilityResponse_Serialize, ctx.get());
   Check(response.gnmi_version() == kVersion, "gNMI version");
   Check(response.supported_encodings_size() == 1 &&
             response.supported_encodings(0) == static_cast<int>(extensions.size()),

@@ -25,6 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (!ctx) return 0;
   const auto prefix = ReadPrefix(ctx.get(), GNMI_GetRequest_HasPrefix, GNMI_GetRequest_GetPrefix);
   std::vector<PathView> paths;
+  paths.reserve(static_cast<size_t>(GNMI_GetRequest_PathSizeof(ctx.get())));
   for (int i = 0; i < GNMI_GetRequest_PathSizeof(ctx.get()); ++i) {
     paths.push_back(ReadPath(GNMI_GetRequest_GetPath(ctx.get(), i)));
   }
@@ -43,8 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                    Len(paths[i].target));
   }
 
-  const std::string reply = GnmiReply(GNMI_GetResponse_Serialize, ctx.get());
-  const auto response = Decode<gnmi::GetResponse>(reply.data(), reply.size());
+  const auto response = Reply<gnmi::GetResponse>(GNMI_GetResponse_Serialize, ctx.get());
   Check(response.notification_size() == static_cast<int>(paths.size()), "notification count");
   for (size_t i = 0; i < paths.size(); ++i) {
     const gnmi::Notification& notification = response.notification(static_cast<int>(i));

@@ -39,6 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (!ctx) return 0;
   const auto prefix = ReadPrefix(ctx.get(), GNMI_SetRequest_HasPrefix, GNMI_SetRequest_GetPrefix);
   std::vector<Result> results;
+  results.reserve(static_cast<size_t>(GNMI_SetRequest_DeleteSizeof(ctx.get())));
   for (int i = 0; i < GNMI_SetRequest_DeleteSizeof(ctx.get()); ++i) {
     results.push_back({ReadPath(GNMI_SetRequest_GetDelete(ctx.get(), i)), kDelete});
   }
@@ -58,8 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   AppendExtensions(extensions, ctx.get(), GNMI_SetResponse_AppendExtension);
 
-  const std::string reply = GnmiReply(GNMI_SetResponse_Serialize, ctx.get());
-  const auto response = Decode<gnmi::SetResponse>(reply.data(), reply.size());
+  const auto response = Reply<gnmi::SetResponse>(GNMI_SetResponse_Serialize, ctx.get());
   Check(response.has_prefix() == prefix.has_value(), "response prefix");
   if (prefix) CheckEqual(response.prefix(), Expected(*prefix), "prefix");
   Check(response.timestamp() == static_cast<int64_t>(results.size()), "timestamp");

@@ -7,7 +7,6 @@
 #include "fuzz/walk.h"
 #include "grpci/grpci_ex.h"
 #include "quorix-grpc-ipc.pb.h"
-#include "support/owned.h"
 
 using namespace fuzzwalk;
 
@@ -83,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Read(GRPCI_SouthMsgGetResultDesc(msg.get()));
   ReadRecords(msg.get(), parsed);
 
-  const std::string frame = PlatformReply(GRPCI_SouthMsgSerialize, msg.get());
+  const std::string frame = ReplyBytes(GRPCI_SouthMsgSerialize, msg.get());
   uint32_t word = 0;
   Check(frame.size() >= sizeof word, "frame shorter than its length word");
   std::memcpy(&word, frame.data(), sizeof word);

@@ -5,7 +5,6 @@
 #include "fuzz/walk.h"
 #include "grpci/grpci_ex.h"
 #include "quorix-grpc-dialin.pb.h"
-#include "support/owned.h"
 
 using namespace fuzzwalk;
 
@@ -42,8 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   GRPCI_SubsReplySetSubscriptionId(reply.get(), encoding);
   GRPCI_SubsReplySetResponseCode(reply.get(), "200", 3);
   GRPCI_SubsReplySetMessage(reply.get(), paths.data(), Len(paths));
-  const std::string bytes = PlatformReply(GRPCI_SubsReplySerialize, reply.get());
-  const auto decoded = Decode<quorix_dialin::SubsReply>(bytes.data(), bytes.size());
+  const auto decoded = Reply<quorix_dialin::SubsReply>(GRPCI_SubsReplySerialize, reply.get());
   Check(decoded.request_id() == requestId && decoded.subscription_id() == encoding &&
             decoded.response_code() == "200",
         "reply fields");

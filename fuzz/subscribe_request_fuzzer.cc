@@ -79,8 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   GNMI_SubscribeRequest_SyncResponse(ctx.get(), 1);
 
-  const std::string reply = GnmiReply(GNMI_SubscribeResponse_Serialize, ctx.get());
-  const auto response = Decode<gnmi::SubscribeResponse>(reply.data(), reply.size());
+  const auto response = Reply<gnmi::SubscribeResponse>(GNMI_SubscribeResponse_Serialize, ctx.get());
   Check(response.has_update(), "notification");
   Check(response.update().has_prefix() == prefix.has_value(), "notification prefix");
   if (prefix) CheckEqual(response.update().prefix(), Expected(*prefix), "prefix");
@@ -91,7 +90,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Check(update.val().uint_val() == subscriptions[i].sampleInterval, "value");
     Check(update.duplicates() == static_cast<uint32_t>(subscriptions[i].mode), "duplicates");
   }
-  const std::string sync = GnmiReply(GNMI_SubscribeSyncResponse_Serialize, ctx.get());
-  Check(Decode<gnmi::SubscribeResponse>(sync.data(), sync.size()).sync_response(), "sync");
+  Check(Reply<gnmi::SubscribeResponse>(GNMI_SubscribeSyncResponse_Serialize, ctx.get())
+            .sync_response(),
+        "sync");
   return 0;
 }

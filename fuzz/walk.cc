@@ -99,7 +99,7 @@ gnmi::Path Expected(const PathView& view) {
   return path;
 }
 
-std::string GnmiReply(int (*serialize)(void*, void**, int*), void* ctx) {
+std::string ReplyBytes(int (*serialize)(void*, void**, int*), void* ctx) {
   void* out = nullptr;
   int outLen = -1;
   Check(serialize(ctx, &out, &outLen) == 1, "a gNMI response does not serialize");
@@ -107,7 +107,7 @@ std::string GnmiReply(int (*serialize)(void*, void**, int*), void* ctx) {
   return outLen == 0 ? std::string() : std::string(static_cast<const char*>(out), outLen);
 }
 
-std::string PlatformReply(int32_t (*serialize)(uint32_t, void*, void**, uint32_t*), void* message) {
+std::string ReplyBytes(int32_t (*serialize)(uint32_t, void*, void**, uint32_t*), void* message) {
   void* out = nullptr;
   uint32_t outLen = 0;
   Check(serialize(1, message, &out, &outLen) == 1 && out != nullptr, "a reply does not serialize");

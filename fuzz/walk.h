@@ -40,14 +40,6 @@ testsupport::Owned<kDeInit> Parsed(int (*parse)(void*, const void*, int), const 
 void CheckEqual(const google::protobuf::Message& actual, const google::protobuf::Message& expected,
                 const char* what);
 
-// The bytes as the message runtime decodes them; a decoding failure is a finding.
-template <class Message>
-Message Decode(const void* data, size_t len) {
-  Message message;
-  Check(message.ParseFromArray(data, static_cast<int>(len)), "reply bytes do not decode");
-  return message;
-}
-
 // A string as the readers return it: up to its first NUL.
 std::string Read(const char* text);
 
@@ -78,11 +70,20 @@ void WritePath(const PathView& view, void* path);
 gnmi::Path Expected(const PathView& view);
 
 // A gNMI context's response bytes from one of its Serialize entry points.
-std::string GnmiReply(int (*serialize)(void*, void**, int*), void* ctx);
+std::string ReplyBytes(int (*serialize)(void*, void**, int*), void* ctx);
 
 // A GRPCI_ serializer's block: the reported bytes, copied, and the block
 // released. A failed serialization is a finding.
-std::string PlatformReply(int32_t (*serialize)(uint32_t, void*, void**, uint32_t*), void* message);
+std::string ReplyBytes(int32_t (*serialize)(uint32_t, void*, void**, uint32_t*), void* message);
+
+// The bytes of either kind of serializer as the message runtime decodes
+// them; a decoding failure is a finding.
+template <class Message, class Serializer>
+Message Reply(Serializer serialize, void* handle) {
+  Message message;
+  Check(message.ParseFromString(ReplyBytes(serialize, handle)), "reply bytes do not decode");
+  return message;
+}
 
 using Extensions = std::vector<const gnmi_ext::Extension*>;
 

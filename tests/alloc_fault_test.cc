@@ -1,8 +1,7 @@
 // Allocation failure injected into the entry points that allocate: each
 // allocation a call makes is failed in turn, and the call must then give its
 // documented failure result and leave nothing allocated. Further entry points
-// join by adding a row to a table below, or a table of their own run through
-// FailEachAllocation.
+// join by adding a row to one of the tables below.
 #include <gtest/gtest.h>
 
 #include <new>
@@ -21,36 +20,6 @@ namespace {
 
 // More allocations than any entry point under test makes.
 constexpr int64_t kAllocationLimit = 64;
-
-// Calls `act` with its k-th allocation failing, for k = 0, 1, ... until a
-// call completes without reaching the failure; `check(result, failed, live)`
-// judges each call, `live` being the live allocation count before it.
-// Returns the number of allocations of the successful call.
-template <class Act, class Check>
-int64_t FailEachAllocation(Act act, Check check) {
-  for (int64_t k = 0; k < kAllocationLimit; ++k) {
-    const int64_t live = allocfault::Live();
-    allocfault::FailAfter(k);
-    const auto result = act();
-    allocfault::Disarm();
-    const bool failed = allocfault::Fired();
-    check(result, failed, live);
-    if (!failed) {
-      return k;
-    }
-  }
-  ADD_FAILURE() << "still failing after " << kAllocationLimit << " allocations";
-  return kAllocationLimit;
-}
-
-// Calls `act` with its first allocation failing; true when that happened.
-template <class Act>
-bool FailFirstAllocation(Act act) {
-  allocfault::FailAfter(0);
-  act();
-  allocfault::Disarm();
-  return allocfault::Fired();
-}
 
 struct InitCase {
   const char* name;
@@ -75,117 +44,21 @@ const InitCase kInits[] = {
 TEST(AllocFaultInit, EveryAllocationOfEveryInitFailsToNullWithoutLeaking) {
   for (const InitCase& init : kInits) {
     SCOPED_TRACE(init.name);
-    const int64_t allocations =
-        FailEachAllocation(init.init, [&](void* handle, bool failed, int64_t live) {
-          if (failed) {
-            EXPECT_EQ(handle, nullptr);
-          } else {
-            EXPECT_NE(handle, nullptr);
-            init.deinit(handle);
-          }
-          EXPECT_EQ(allocfault::Live(), live);
-        });
-    EXPECT_GE(allocations, init.messages + 1);
-  }
-}
-
-// A context whose response serializes to more bytes with each Grow.
-struct BufferCase {
-  const char* name;
-  void* (*init)();
-  void (*grow)(void* ctx);
-  int (*serialize)(void* ctx, void** out, int* outLen);
-  void (*deinit)(void*);
-};
-
-template <class Context>
-auto* ResponseOf(void* ctx) {
-  return static_cast<Context*>(ctx)->response_;
-}
-
-GnmiRpcSubscribe* Subscribe(void* ctx) { return static_cast<GnmiRpcSubscribe*>(ctx); }
-
-const BufferCase kNothrowBuffers[] = {
-    {"Get", GNMI_Get_Init, [](void* ctx) { ResponseOf<GnmiRpcGet>(ctx)->add_notification(); },
-     GNMI_GetResponse_Serialize, GNMI_Get_DeInit},
-    {"Set", GNMI_Set_Init, [](void* ctx) { ResponseOf<GnmiRpcSet>(ctx)->add_response(); },
-     GNMI_SetResponse_Serialize, GNMI_Set_DeInit},
-    {"Subscribe", GNMI_Subscribe_Init,
-     [](void* ctx) { Subscribe(ctx)->GetResponse_()->mutable_update()->add_update(); },
-     GNMI_SubscribeResponse_Serialize, GNMI_Subscribe_DeInit},
-    {"SubscribeSync", GNMI_Subscribe_Init,
-     [](void* ctx) { Subscribe(ctx)->GetSyncResponse_()->add_extension(); },
-     GNMI_SubscribeSyncResponse_Serialize, GNMI_Subscribe_DeInit},
-};
-
-const BufferCase kCapabilityBuffer = {
-    "Capability", GNMI_Capability_Init,
-    [](void* ctx) { ResponseOf<GnmiRpcCapability>(ctx)->add_supported_models(); },
-    GNMI_CapabilityResponse_Serialize, GNMI_Capability_DeInit};
-
-// A context of `bufferCase` that already holds a buffer, with its response
-// grown beyond that buffer, so that the next Serialize must reallocate.
-void* ContextNeedingALargerBuffer(const BufferCase& bufferCase) {
-  void* ctx = bufferCase.init();
-  bufferCase.grow(ctx);
-  void* out = nullptr;
-  int outLen = 0;
-  EXPECT_EQ(bufferCase.serialize(ctx, &out, &outLen), 1);
-  bufferCase.grow(ctx);
-  return ctx;
-}
-
-TEST(AllocFaultSerialize, BufferFailureGivesStatusTwoAndLeavesTheOutputsAlone) {
-  for (const BufferCase& bufferCase : kNothrowBuffers) {
-    SCOPED_TRACE(bufferCase.name);
-    void* ctx = ContextNeedingALargerBuffer(bufferCase);
-    const int64_t live = allocfault::Live();
-    int untouched = 0;
-    void* out = &untouched;
-    int outLen = -1;
-    int result = -1;
-    EXPECT_TRUE(FailFirstAllocation([&] { result = bufferCase.serialize(ctx, &out, &outLen); }));
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(out, &untouched);
-    EXPECT_EQ(outLen, -1);
-    const auto* rpc = static_cast<GnmiRpcBase*>(ctx);
-    EXPECT_EQ(rpc->GetSerializeStatus_(), GnmiRpcBase::kStatusBufferAllocFailed);
-    EXPECT_EQ(rpc->GetBufferCapacity_(), 0);
-    EXPECT_EQ(allocfault::Live(), live - 1);  // the old buffer is gone
-
-    // With memory back, the same context serializes again.
-    EXPECT_EQ(bufferCase.serialize(ctx, &out, &outLen), 1);
-    EXPECT_GT(outLen, 0);
-    EXPECT_EQ(rpc->GetBufferCapacity_(), outLen);
-    bufferCase.deinit(ctx);
-  }
-}
-
-TEST(AllocFaultSerialize, CapabilityBufferFailureThrowsTheAllocationException) {
-  void* ctx = ContextNeedingALargerBuffer(kCapabilityBuffer);
-  const int64_t live = allocfault::Live();
-  int untouched = 0;
-  void* out = &untouched;
-  int outLen = -1;
-  bool threw = false;
-  EXPECT_TRUE(FailFirstAllocation([&] {
-    try {
-      kCapabilityBuffer.serialize(ctx, &out, &outLen);
-    } catch (const std::bad_alloc&) {
-      threw = true;
+    int64_t k = 0;
+    for (bool failed = true; failed && k < kAllocationLimit; ++k) {
+      const int64_t live = allocfault::Live();
+      allocfault::FailAfter(k);
+      void* handle = init.init();
+      allocfault::Disarm();
+      failed = allocfault::Fired();
+      EXPECT_EQ(handle == nullptr, failed) << "allocation " << k;
+      if (handle != nullptr) init.deinit(handle);
+      EXPECT_EQ(allocfault::Live(), live) << "leak after allocation " << k << " failed";
     }
-  }));
-  EXPECT_TRUE(threw);
-  EXPECT_EQ(out, &untouched);
-  EXPECT_EQ(outLen, -1);
-  const auto* rpc = static_cast<GnmiRpcBase*>(ctx);
-  EXPECT_EQ(rpc->GetSerializeStatus_(), GnmiRpcBase::kStatusOk);
-  EXPECT_EQ(rpc->GetBufferCapacity_(), 0);
-  EXPECT_EQ(allocfault::Live(), live - 1);
-  kCapabilityBuffer.deinit(ctx);
+    EXPECT_LT(k, kAllocationLimit) << "still failing";
+    EXPECT_GE(k, init.messages + 2);  // each message failed, then one success
+  }
 }
-
-// ---- Builders, setters and serializers, each allocation failing in turn ----
 
 // What a case works on: an object made by an Init entry point, and the bytes
 // of the messages in it that the case may change.
@@ -194,6 +67,12 @@ struct Owner {
   void (*deinit)(void*);
   std::string (*bytes)(void*);
 };
+
+template <class Context>
+auto* ResponseOf(void* ctx) {
+  return static_cast<Context*>(ctx)->response_;
+}
+GnmiRpcSubscribe* Subscribe(void* ctx) { return static_cast<GnmiRpcSubscribe*>(ctx); }
 
 template <class Context>
 std::string ResponseBytes(void* ctx) {
@@ -221,6 +100,78 @@ const Owner kSubsReply{GRPCI_SubsReplyInit, GRPCI_SubsReplyDeInit,
                        MessageBytes<quorix_dialin::SubsReply>};
 const Owner kCancelReply{GRPCI_CancelReplyInit, GRPCI_CancelReplyDeInit,
                          MessageBytes<quorix_dialin::CancelReply>};
+
+// A gNMI context whose response serializes to more bytes with each grow; its
+// output buffer failing gives status 2 and result 0, or (Capabilities) the
+// standard allocation exception.
+struct BufferCase {
+  const char* name;
+  const Owner& owner;
+  void (*grow)(void* ctx);
+  int (*serialize)(void* ctx, void** out, int* outLen);
+  bool throws = false;
+};
+
+const BufferCase kBuffers[] = {
+    {"Get", kGet, [](void* ctx) { ResponseOf<GnmiRpcGet>(ctx)->add_notification(); },
+     GNMI_GetResponse_Serialize},
+    {"Set", kSet, [](void* ctx) { ResponseOf<GnmiRpcSet>(ctx)->add_response(); },
+     GNMI_SetResponse_Serialize},
+    {"Subscribe", kSubscribe,
+     [](void* ctx) { Subscribe(ctx)->GetResponse_()->mutable_update()->add_update(); },
+     GNMI_SubscribeResponse_Serialize},
+    {"SubscribeSync", kSubscribe,
+     [](void* ctx) { Subscribe(ctx)->GetSyncResponse_()->add_extension(); },
+     GNMI_SubscribeSyncResponse_Serialize},
+    {"Capability", kCapability,
+     [](void* ctx) { ResponseOf<GnmiRpcCapability>(ctx)->add_supported_models(); },
+     GNMI_CapabilityResponse_Serialize, true},
+};
+
+TEST(AllocFaultSerialize, BufferFailureGivesTheDocumentedOutcomeAndLeavesTheOutputsAlone) {
+  for (const BufferCase& bufferCase : kBuffers) {
+    SCOPED_TRACE(bufferCase.name);
+    // A context that holds a buffer, its response grown beyond it.
+    void* ctx = bufferCase.owner.init();
+    bufferCase.grow(ctx);
+    void* out = nullptr;
+    int outLen = 0;
+    EXPECT_EQ(bufferCase.serialize(ctx, &out, &outLen), 1);
+    bufferCase.grow(ctx);
+
+    const int64_t live = allocfault::Live();
+    int untouched = 0;
+    out = &untouched;
+    outLen = -1;
+    int result = -1;
+    bool threw = false;
+    allocfault::FailAfter(0);
+    try {
+      result = bufferCase.serialize(ctx, &out, &outLen);
+    } catch (const std::bad_alloc&) {
+      threw = true;
+    }
+    allocfault::Disarm();
+    EXPECT_TRUE(allocfault::Fired());
+    EXPECT_EQ(threw, bufferCase.throws);
+    EXPECT_EQ(result, bufferCase.throws ? -1 : 0);
+    EXPECT_EQ(out, &untouched);
+    EXPECT_EQ(outLen, -1);
+    const auto* rpc = static_cast<GnmiRpcBase*>(ctx);
+    EXPECT_EQ(rpc->GetSerializeStatus_(),
+              bufferCase.throws ? GnmiRpcBase::kStatusOk : GnmiRpcBase::kStatusBufferAllocFailed);
+    EXPECT_EQ(rpc->GetBufferCapacity_(), 0);
+    EXPECT_EQ(allocfault::Live(), live - 1);  // the old buffer is gone
+
+    // With memory back, the same context serializes again.
+    EXPECT_EQ(bufferCase.serialize(ctx, &out, &outLen), 1);
+    EXPECT_GT(outLen, 0);
+    EXPECT_EQ(rpc->GetBufferCapacity_(), outLen);
+    bufferCase.owner.deinit(ctx);
+  }
+}
+
+// ---- Builders, setters and serializers, each allocation failing in turn ----
 
 // Handles inside an owner, reached (with memory available) before the call.
 void* Itself(void* owner) { return owner; }
@@ -278,104 +229,71 @@ enum class Outcome {
 };
 
 struct FaultCase {
-  const char* name;
   const Owner& owner;
   void* (*reach)(void* owner);
+  const char* name;
   int64_t (*call)(void* handle);
-  Outcome outcome;
-  bool unchanged;  // the owner's messages are as before a failed call
+  bool unchanged = true;  // the owner's messages are as before a failed call
+  Outcome outcome = Outcome::kBadAlloc;
 };
 
+// The entry point's name and the call of it through `kind`.
+// clang-format off
+#define CALL(kind, entry) #entry, kind<entry>  // NOLINT(bugprone-macro-parentheses)
+// clang-format on
+
 const FaultCase kFaultCases[] = {
-    {"GNMI_GetResponse_AppendNotification", kGet, Itself,
-     Build<GNMI_GetResponse_AppendNotification>, Outcome::kBadAlloc, true},
-    {"GNMI_SetResponse_AddPrefix", kSet, Itself, Build<GNMI_SetResponse_AddPrefix>,
-     Outcome::kBadAlloc, true},
-    {"GNMI_SetResponse_AppendUpdateResult", kSet, Itself,
-     Build<GNMI_SetResponse_AppendUpdateResult>, Outcome::kBadAlloc, true},
-    {"GNMI_SetResponse_AppendExtension", kSet, Itself, Build<GNMI_SetResponse_AppendExtension>,
-     Outcome::kBadAlloc, true},
-    {"GNMI_CapabilityResponse_AppendSupportedModels", kCapability, Itself,
-     Build<GNMI_CapabilityResponse_AppendSupportedModels>, Outcome::kBadAlloc, true},
-    {"GNMI_CapabilityResponse_AppendSupportedEncodings", kCapability, Itself, AppendEncoding,
-     Outcome::kBadAlloc, true},
-    {"GNMI_CapabilityResponse_AppendExtension", kCapability, Itself,
-     Build<GNMI_CapabilityResponse_AppendExtension>, Outcome::kBadAlloc, true},
-    {"GNMI_CapabilityResponse_SetGnmiVersion", kCapability, Itself,
-     SetText<GNMI_CapabilityResponse_SetGnmiVersion>, Outcome::kBadAlloc, true},
-    {"GNMI_SubscribeRequest_SetAliases", kSubscribe, Itself,
-     Build<GNMI_SubscribeRequest_SetAliases>, Outcome::kBadAlloc, false},
-    {"GNMI_SubscribeResponse_GetNotification", kSubscribe, Itself,
-     Build<GNMI_SubscribeResponse_GetNotification>, Outcome::kBadAlloc, true},
-    {"GNMI_Notification_AddPrefix", kGet, Notification, Build<GNMI_Notification_AddPrefix>,
-     Outcome::kBadAlloc, true},
-    {"GNMI_Notification_SetAlias", kGet, Notification, SetText<GNMI_Notification_SetAlias>,
-     Outcome::kBadAlloc, true},
-    {"GNMI_Notification_AppendUpdate", kGet, Notification, Build<GNMI_Notification_AppendUpdate>,
-     Outcome::kBadAlloc, true},
-    {"GNMI_Notification_AppendDelete", kGet, Notification, Build<GNMI_Notification_AppendDelete>,
-     Outcome::kBadAlloc, true},
-    {"GNMI_Update_SetPath", kGet, Update, Build<GNMI_Update_SetPath>, Outcome::kBadAlloc, true},
-    {"GNMI_Update_SetVal", kGet, Update, Build<GNMI_Update_SetVal>, Outcome::kBadAlloc, true},
-    {"GNMI_UpdateResult_AddPath", kSet, Result, Build<GNMI_UpdateResult_AddPath>,
-     Outcome::kBadAlloc, true},
-    {"GNMI_ModelData_SetName", kCapability, Model, SetText<GNMI_ModelData_SetName>,
-     Outcome::kBadAlloc, true},
-    {"GNMI_ModelData_SetOrganization", kCapability, Model, SetText<GNMI_ModelData_SetOrganization>,
-     Outcome::kBadAlloc, true},
-    {"GNMI_ModelData_SetVersion", kCapability, Model, SetText<GNMI_ModelData_SetVersion>,
-     Outcome::kBadAlloc, true},
+    {kGet, Itself, CALL(Build, GNMI_GetResponse_AppendNotification)},
+    {kSet, Itself, CALL(Build, GNMI_SetResponse_AddPrefix)},
+    {kSet, Itself, CALL(Build, GNMI_SetResponse_AppendUpdateResult)},
+    {kSet, Itself, CALL(Build, GNMI_SetResponse_AppendExtension)},
+    {kCapability, Itself, CALL(Build, GNMI_CapabilityResponse_AppendSupportedModels)},
+    {kCapability, Itself, "GNMI_CapabilityResponse_AppendSupportedEncodings", AppendEncoding},
+    {kCapability, Itself, CALL(Build, GNMI_CapabilityResponse_AppendExtension)},
+    {kCapability, Itself, CALL(SetText, GNMI_CapabilityResponse_SetGnmiVersion)},
+    {kSubscribe, Itself, CALL(Build, GNMI_SubscribeRequest_SetAliases), false},
+    {kSubscribe, Itself, CALL(Build, GNMI_SubscribeResponse_GetNotification)},
+    {kGet, Notification, CALL(Build, GNMI_Notification_AddPrefix)},
+    {kGet, Notification, CALL(SetText, GNMI_Notification_SetAlias)},
+    {kGet, Notification, CALL(Build, GNMI_Notification_AppendUpdate)},
+    {kGet, Notification, CALL(Build, GNMI_Notification_AppendDelete)},
+    {kGet, Update, CALL(Build, GNMI_Update_SetPath)},
+    {kGet, Update, CALL(Build, GNMI_Update_SetVal)},
+    {kSet, Result, CALL(Build, GNMI_UpdateResult_AddPath)},
+    {kCapability, Model, CALL(SetText, GNMI_ModelData_SetName)},
+    {kCapability, Model, CALL(SetText, GNMI_ModelData_SetOrganization)},
+    {kCapability, Model, CALL(SetText, GNMI_ModelData_SetVersion)},
     // A typed value's setter has cleared the old member before it allocates.
-    {"GNMI_TypedValue_SetStringVal", kGet, Value, SetText<GNMI_TypedValue_SetStringVal>,
-     Outcome::kBadAlloc, false},
-    {"GNMI_TypedValue_SetJsonVal", kGet, Value, SetText<GNMI_TypedValue_SetJsonVal>,
-     Outcome::kBadAlloc, false},
-    {"GNMI_TypedValue_SetJsonIetfVal", kGet, Value, SetText<GNMI_TypedValue_SetJsonIetfVal>,
-     Outcome::kBadAlloc, false},
-    {"GNMI_TypedValue_SetJsonietf_Val", kGet, Value, SetText<GNMI_TypedValue_SetJsonietf_Val>,
-     Outcome::kBadAlloc, false},
-    {"GNMI_TypedValue_SetProtoBytes", kGet, Value, SetText<GNMI_TypedValue_SetProtoBytes>,
-     Outcome::kBadAlloc, false},
-    {"GNMI_TypedValue_LeaflistVal", kGet, Value, Build<GNMI_TypedValue_LeaflistVal>,
-     Outcome::kBadAlloc, false},
-    {"GNMI_TypedValue_AddElement", kGet, Leaflist, Build<GNMI_TypedValue_AddElement>,
-     Outcome::kBadAlloc, true},
-    {"GNMI_Path_SetOrigin", kGet, Path, SetText<GNMI_Path_SetOrigin>, Outcome::kBadAlloc, true},
-    {"GNMI_Path_SetTarget", kGet, Path, SetText<GNMI_Path_SetTarget>, Outcome::kBadAlloc, true},
-    {"GNMI_Path_AppendPathElem", kGet, Path, Build<GNMI_Path_AppendPathElem>, Outcome::kBadAlloc,
-     true},
-    {"GNMI_PathElem_SetName", kGet, Elem, SetText<GNMI_PathElem_SetName>, Outcome::kBadAlloc, true},
-    {"GNMI_PathElem_AppendKey", kGet, KeyedElem, AppendKey, Outcome::kBadAlloc, true},
-    {"GRPCI_SouthMsgSetLogin", kSouth, Itself, Build<GRPCI_SouthMsgSetLogin>, Outcome::kBadAlloc,
-     true},
-    {"GRPCI_SouthMsgSetClientRpc", kSouth, Itself, Build<GRPCI_SouthMsgSetClientRpc>,
-     Outcome::kBadAlloc, true},
-    {"GRPCI_SouthMsgSetServerRpc", kSouth, Itself, Build<GRPCI_SouthMsgSetServerRpc>,
-     Outcome::kBadAlloc, true},
-    {"GRPCI_SouthMsgSetRpcData", kSouth, Itself, Build<GRPCI_SouthMsgSetRpcData>,
-     Outcome::kBadAlloc, true},
-    {"GRPCI_SouthMsgSetResultDesc", kSouth, Itself, SetText<GRPCI_SouthMsgSetResultDesc>,
-     Outcome::kBadAlloc, true},
-    {"GRPCI_ClientRpcSetRpcName", kSouth, Client, SetText<GRPCI_ClientRpcSetRpcName>,
-     Outcome::kBadAlloc, true},
-    {"GRPCI_ServerRpcSetRpcParament", kSouth, Server, SetText<GRPCI_ServerRpcSetRpcParament>,
-     Outcome::kBadAlloc, true},
-    {"GRPCI_RpcDataSetData", kRpcData, Itself, SetText<GRPCI_RpcDataSetData>, Outcome::kBadAlloc,
-     true},
-    {"GRPCI_SubsReplySetResponseCode", kSubsReply, Itself, SetText<GRPCI_SubsReplySetResponseCode>,
-     Outcome::kBadAlloc, true},
+    {kGet, Value, CALL(SetText, GNMI_TypedValue_SetStringVal), false},
+    {kGet, Value, CALL(SetText, GNMI_TypedValue_SetJsonVal), false},
+    {kGet, Value, CALL(SetText, GNMI_TypedValue_SetJsonIetfVal), false},
+    {kGet, Value, CALL(SetText, GNMI_TypedValue_SetJsonietf_Val), false},
+    {kGet, Value, CALL(SetText, GNMI_TypedValue_SetProtoBytes), false},
+    {kGet, Value, CALL(Build, GNMI_TypedValue_LeaflistVal), false},
+    {kGet, Leaflist, CALL(Build, GNMI_TypedValue_AddElement)},
+    {kGet, Path, CALL(SetText, GNMI_Path_SetOrigin)},
+    {kGet, Path, CALL(SetText, GNMI_Path_SetTarget)},
+    {kGet, Path, CALL(Build, GNMI_Path_AppendPathElem)},
+    {kGet, Elem, CALL(SetText, GNMI_PathElem_SetName)},
+    {kGet, KeyedElem, "GNMI_PathElem_AppendKey", AppendKey},
+    {kSouth, Itself, CALL(Build, GRPCI_SouthMsgSetLogin)},
+    {kSouth, Itself, CALL(Build, GRPCI_SouthMsgSetClientRpc)},
+    {kSouth, Itself, CALL(Build, GRPCI_SouthMsgSetServerRpc)},
+    {kSouth, Itself, CALL(Build, GRPCI_SouthMsgSetRpcData)},
+    {kSouth, Itself, CALL(SetText, GRPCI_SouthMsgSetResultDesc)},
+    {kSouth, Client, CALL(SetText, GRPCI_ClientRpcSetRpcName)},
+    {kSouth, Server, CALL(SetText, GRPCI_ServerRpcSetRpcParament)},
+    {kRpcData, Itself, CALL(SetText, GRPCI_RpcDataSetData)},
+    {kSubsReply, Itself, CALL(SetText, GRPCI_SubsReplySetResponseCode)},
     // Choosing `message` in the reply's oneof comes before its allocation.
-    {"GRPCI_SubsReplySetMessage", kSubsReply, Itself, SetText<GRPCI_SubsReplySetMessage>,
-     Outcome::kBadAlloc, false},
-    {"GRPCI_CancelReplySetMessage", kCancelReply, Itself, SetText<GRPCI_CancelReplySetMessage>,
-     Outcome::kBadAlloc, true},
-    {"GRPCI_SouthMsgSerialize", kSouth, Client, SerializeBlock<GRPCI_SouthMsgSerialize>,
-     Outcome::kZero, true},
-    {"GRPCI_SubsReplySerialize", kSubsReply, Itself, SerializeBlock<GRPCI_SubsReplySerialize>,
-     Outcome::kZero, true},
-    {"GRPCI_CancelReplySerialize", kCancelReply, Itself, SerializeBlock<GRPCI_CancelReplySerialize>,
-     Outcome::kZero, true},
+    {kSubsReply, Itself, CALL(SetText, GRPCI_SubsReplySetMessage), false},
+    {kCancelReply, Itself, CALL(SetText, GRPCI_CancelReplySetMessage)},
+    {kSouth, Client, CALL(SerializeBlock, GRPCI_SouthMsgSerialize), true, Outcome::kZero},
+    {kSubsReply, Itself, CALL(SerializeBlock, GRPCI_SubsReplySerialize), true, Outcome::kZero},
+    {kCancelReply, Itself, CALL(SerializeBlock, GRPCI_CancelReplySerialize), true, Outcome::kZero},
 };
+
+#undef CALL
 
 // A kind of allocation failure: armed to hit the k-th allocation of one call.
 struct Fault {
@@ -401,8 +319,8 @@ const Fault kFaults[] = {
      [] { return platformArmed && OxaHost_Stats().mallocCalls > platformCallsWhenArmed; }},
 };
 
-// Makes a fresh owner, calls the case with `fault` armed for allocation k,
-// judges the outcome and frees the owner. True when the failure hit.
+// Calls the case on a fresh owner with `fault` armed for allocation k, judges
+// the outcome and frees the owner. True when the failure hit.
 bool CallOnce(const FaultCase& faultCase, const Fault& fault, int64_t k) {
   void* owner = faultCase.owner.init();
   void* handle = faultCase.reach(owner);
@@ -417,14 +335,9 @@ bool CallOnce(const FaultCase& faultCase, const Fault& fault, int64_t k) {
   }
   fault.disarm();
   const bool fired = fault.fired();
-  if (!fired) {
-    EXPECT_FALSE(threw);
-    EXPECT_EQ(result, 1);
-  } else if (faultCase.outcome == Outcome::kBadAlloc) {
-    EXPECT_TRUE(threw) << "allocation " << k;
-  } else {
-    EXPECT_FALSE(threw) << "allocation " << k;
-    EXPECT_EQ(result, 0) << "allocation " << k;
+  EXPECT_EQ(threw, fired && faultCase.outcome == Outcome::kBadAlloc) << "allocation " << k;
+  if (!threw) {
+    EXPECT_EQ(result, fired ? 0 : 1) << "allocation " << k;
   }
   if (fired && faultCase.unchanged) {
     EXPECT_EQ(faultCase.owner.bytes(owner), before) << "allocation " << k;

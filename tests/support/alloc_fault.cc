@@ -9,11 +9,9 @@ namespace {
 
 std::atomic<int64_t> countdown{-1};
 std::atomic<bool> fired{false};
-std::atomic<int64_t> count{0};
 std::atomic<int64_t> live{0};
 
 void* Allocate(std::size_t size) {
-  count++;
   if (countdown.load() >= 0 && countdown-- == 0) {
     fired = true;
     return nullptr;
@@ -48,7 +46,6 @@ void FailAfter(int64_t n) {
 }
 void Disarm() { countdown = -1; }
 bool Fired() { return fired; }
-int64_t Count() { return count; }
 int64_t Live() { return live; }
 
 }  // namespace allocfault

@@ -15,8 +15,7 @@ void FailAfter(int64_t n);
 void Disarm();
 // True once the armed failure has happened.
 bool Fired();
-// Allocations made so far and allocations not yet freed.
-int64_t Count();
+// Allocations not yet freed.
 int64_t Live();
 
 }  // namespace allocfault
