@@ -5,6 +5,7 @@
 #   ./run.sh test [STAGE...]  build and run every test stage (or the ones named)
 set -euo pipefail
 cd "$(dirname "$0")"
+self=$PWD/$(basename "$0")
 jobs=${JOBS:-$(nproc)}
 
 # Installs the Debian packages named that are not installed yet.
@@ -24,18 +25,32 @@ need_packages() {
 base_packages=(cmake make g++ pkg-config libprotobuf-dev protobuf-compiler libgtest-dev
   libbenchmark-dev)
 
-# build DIR [CMAKE OPTION...]: configures and builds into DIR.
-build() {
+# configure DIR [CMAKE OPTION...]: configures DIR with the tests on, whatever
+# an earlier configuration of it said.
+configure() {
   local dir=$1
   shift
-  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_EXPORT_COMPILE_COMMANDS=ON "$@" >/dev/null
-  cmake --build "$dir" -j"$jobs"
+  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_EXPORT_COMPILE_COMMANDS=ON \
+    -DMGMTMSG_TESTS=ON "$@" >/dev/null
+}
+
+# build DIR [CMAKE OPTION...]: configures and builds everything in DIR.
+build() {
+  configure "$@"
+  cmake --build "$1" -j"$jobs"
+}
+
+# ctest over DIR; finding no test is a failure.
+run_ctest() {
+  local dir=$1
+  shift
+  ctest --test-dir "$dir" --no-tests=error --output-on-failure -j"$jobs" "$@"
 }
 
 stage_native() {
   need_packages "${base_packages[@]}"
   build build
-  ctest --test-dir build --output-on-failure -j"$jobs"
+  run_ctest build
 }
 
 # ASan and UBSan over the whole suite, built with clang. The same build holds
@@ -45,7 +60,7 @@ stage_sanitize() {
   build build-asan -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
     -DMGMTMSG_SANITIZE=address,undefined -DMGMTMSG_FUZZ=ON
   ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
-    ctest --test-dir build-asan --output-on-failure -j"$jobs"
+    run_ctest build-asan
 }
 
 # The 32-bit big-endian PowerPC target, tests under qemu.
@@ -62,7 +77,11 @@ own_sources() {
 # Checks that the sources follow .clang-format; changes nothing.
 stage_format() {
   need_packages clang-format
-  own_sources '*.c' '*.cc' '*.h' | xargs clang-format --dry-run --Werror
+  local files
+  mapfile -t files < <(own_sources '*.c' '*.cc' '*.h')
+  ((${#files[@]})) || { echo "no source found"; return 1; }
+  clang-format --dry-run --Werror "${files[@]}"
+  echo "format: ${#files[@]} files checked"
 }
 
 # clang-tidy (.clang-tidy) over the sources of the native build, through its
@@ -70,49 +89,61 @@ stage_format() {
 stage_tidy() {
   need_packages "${base_packages[@]}" clang-tidy
   build build
-  own_sources '*.c' '*.cc' | while read -r file; do
+  local files=() file
+  while read -r file; do
     if grep -qF "\"file\": \"$PWD/$file\"" build/compile_commands.json; then
-      echo "$file"
+      files+=("$file")
     fi
-  done | xargs -P"$jobs" -n1 clang-tidy -p build --quiet 2>&1 |
+  done < <(own_sources '*.c' '*.cc')
+  ((${#files[@]})) || { echo "no source in the compile database"; return 1; }
+  printf '%s\n' "${files[@]}" | xargs -P"$jobs" -n1 clang-tidy -p build --quiet 2>&1 |
     { grep -v 'warnings\? generated\.$' || true; }
+  echo "tidy: ${#files[@]} files checked"
 }
 
 # The HTML reference of the public headers and the guides (build/docs/html);
 # any Doxygen warning, an undocumented entry point among them, fails it.
 stage_docs() {
   need_packages "${base_packages[@]}" doxygen
-  cmake -S . -B build >/dev/null
+  configure build
   cmake --build build --target docs
+  test -s build/docs/html/index.html
 }
 
-# Every fuzz harness for FUZZ_SECONDS (60) under ASan and UBSan in the build
-# of stage sanitize, two at a time, from the committed seeds; a crash, leak,
-# timeout or out-of-memory report fails it. Corpora, logs and crash inputs
-# stay in build-asan/fuzz-run.
-fuzz_harnesses=(capability_request get_request set_request subscribe_request south_msg subs_args
-  cancel_args)
+# Every fuzz harness of the sanitize stage's build (build-asan/fuzz/fuzz_*)
+# for FUZZ_SECONDS (60) under ASan and UBSan, two at a time, from the committed
+# seeds; a crash, leak, timeout or out-of-memory report fails it, and so does a
+# harness that ran no input. Corpora, logs and crash inputs stay in
+# build-asan/fuzz-run.
 fuzz_one() {
-  local name=$1 dir=build-asan/fuzz-run/$1
+  local harness=$1 name=${1##*/} dir=build-asan/fuzz-run/${1##*/}
   mkdir -p "$dir/corpus" "$dir/artifacts"
-  if "build-asan/fuzz/fuzz_$name" -max_total_time="${FUZZ_SECONDS:-60}" -timeout=10 \
-    -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$dir/artifacts/" \
-    "$dir/corpus" "fuzz/corpus/fuzz_$name" >"$dir/log" 2>&1; then
-    echo "fuzz_$name: $(grep -o 'DONE .*cov: [0-9]* ft: [0-9]* corp: [^ ]*' "$dir/log")," \
-      "$(grep -o 'number_of_executed_units: [0-9]*' "$dir/log")"
-  else
-    echo "fuzz_$name FAILED (inputs in $dir/artifacts):"
+  if ! "$harness" -max_total_time="${FUZZ_SECONDS:-60}" -timeout=10 -rss_limit_mb=2048 \
+    -print_final_stats=1 -artifact_prefix="$dir/artifacts/" "$dir/corpus" "fuzz/corpus/$name" \
+    >"$dir/log" 2>&1; then
+    echo "$name FAILED (inputs in $dir/artifacts):"
     tail -n 40 "$dir/log"
     return 1
   fi
+  local units
+  units=$(sed -n 's/^stat::number_of_executed_units: *//p' "$dir/log")
+  if ((${units:-0} == 0)); then
+    echo "$name FAILED: it ran no input"
+    return 1
+  fi
+  echo "$name: $(grep -o 'DONE .*cov: [0-9]* ft: [0-9]* corp: [^ ]*' "$dir/log"), $units inputs"
 }
 stage_fuzz() {
   need_packages "${base_packages[@]}" clang libclang-rt-14-dev
   build build-asan -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
-    -DMGMTMSG_SANITIZE=address,undefined -DMGMTMSG_FUZZ=ON || return 1
+    -DMGMTMSG_SANITIZE=address,undefined -DMGMTMSG_FUZZ=ON
   rm -rf build-asan/fuzz-run
+  local harnesses
+  mapfile -t harnesses < <(find build-asan/fuzz -maxdepth 1 -name 'fuzz_*' -type f -perm -u+x | sort)
+  ((${#harnesses[@]})) || { echo "no fuzz harness built"; return 1; }
   export -f fuzz_one
-  printf '%s\n' "${fuzz_harnesses[@]}" | xargs -P2 -I{} bash -c 'fuzz_one {}'
+  printf '%s\n' "${harnesses[@]}" | xargs -P2 -I{} bash -c 'fuzz_one {}'
+  echo "fuzz: ${#harnesses[@]} harnesses"
 }
 
 # The native suite's programs under valgrind's memcheck (children too): any
@@ -123,38 +154,57 @@ stage_fuzz() {
 # malloc and free.
 stage_valgrind() {
   need_packages "${base_packages[@]}" valgrind jq
-  build build || return 1
-  ctest --test-dir build --show-only=json-v1 |
+  build build
+  local programs ran=0 name dir command
+  programs=$(ctest --test-dir build --show-only=json-v1 |
     jq -r '.tests[] | select(.command[0] | test("/cmake$") | not) |
       [.name, (.properties[] | select(.name == "WORKING_DIRECTORY") | .value),
-       (.command | @sh)] | @tsv' |
-    while IFS=$'\t' read -r name dir command; do
-      echo "$name"
-      if ! (cd "$dir" && eval valgrind --tool=memcheck --quiet --trace-children=yes \
-        --soname-synonyms=somalloc=nouserintercepts --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite,indirect \
-        --show-leak-kinds=definite,indirect "$command") >"build/$name.memcheck" 2>&1; then
-        tail -n 60 "build/$name.memcheck"
-        exit 1
-      fi
-    done
+       (.command | @sh)] | @tsv')
+  while IFS=$'\t' read -r name dir command; do
+    [ -n "$name" ] || continue
+    echo "$name"
+    if ! (cd "$dir" && eval valgrind --tool=memcheck --quiet --trace-children=yes \
+      --soname-synonyms=somalloc=nouserintercepts --error-exitcode=99 --leak-check=full \
+      --errors-for-leak-kinds=definite,indirect --show-leak-kinds=definite,indirect \
+      "$command") >"build/$name.memcheck" 2>&1; then
+      tail -n 60 "build/$name.memcheck"
+      return 1
+    fi
+    ran=$((ran + 1))
+  done <<<"$programs"
+  # Every test program of the native build, and at least one of them.
+  local built
+  built=$(find build/tests -maxdepth 1 -name '*_test' -type f -perm -u+x | wc -l)
+  echo "valgrind: $ran programs clean, $built test programs built"
+  ((ran > 0 && ran >= built))
 }
 
 # The concurrency test, built alone with clang's ThreadSanitizer; any report
 # fails it.
 stage_tsan() {
   need_packages "${base_packages[@]}" clang libclang-rt-14-dev
-  cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang \
-    -DCMAKE_CXX_COMPILER=clang++ -DMGMTMSG_SANITIZE=thread -DMGMTMSG_EXAMPLES=OFF >/dev/null &&
-    cmake --build build-tsan -j"$jobs" --target concurrency_test &&
-    TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/concurrency_test
+  configure build-tsan -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+    -DMGMTMSG_SANITIZE=thread -DMGMTMSG_EXAMPLES=OFF
+  cmake --build build-tsan -j"$jobs" --target concurrency_test
+  TSAN_OPTIONS=halt_on_error=1 build-tsan/tests/concurrency_test | tee build-tsan/concurrency.log
+  grep -Eq '^\[  PASSED  \] [1-9][0-9]* tests?' build-tsan/concurrency.log
 }
 
 # The benchmarks, built and each run once as a smoke test: the binary first
-# compares the bytes of both sides of every workload and fails only when they
-# differ. Timings and instruction counts are bench/run.sh's (not part of CI).
+# compares the bytes of both sides of every workload and fails when they
+# differ; a workload that did not run fails it too. Timings and instruction
+# counts are bench/run.sh's (not part of CI).
 stage_bench() {
-  need_packages "${base_packages[@]}"
-  build build && build/bench/mgmtmsg_bench --benchmark_min_time=0
+  need_packages "${base_packages[@]}" jq
+  build build -DMGMTMSG_BENCH=ON
+  local listed ran
+  listed=$(build/bench/mgmtmsg_bench --benchmark_list_tests=true | wc -l)
+  build/bench/mgmtmsg_bench --benchmark_min_time=0 --benchmark_out=build/bench/smoke.json \
+    --benchmark_out_format=json
+  ran=$(jq '[.benchmarks[] | select(.iterations > 0 and (.error_occurred | not))] | length' \
+    build/bench/smoke.json)
+  echo "bench: $ran of $listed workloads ran"
+  ((listed > 0 && ran == listed))
 }
 
 all_stages=(native format tidy docs sanitize fuzz tsan valgrind target bench)
@@ -165,7 +215,9 @@ run_tests() {
   for stage in "${stages[@]}"; do
     echo "== stage $stage"
     local started=$SECONDS
-    if ("stage_$stage"); then
+    # Each stage is a process of its own, so that any command failing inside
+    # it fails the stage (errexit does not apply inside an if condition).
+    if bash "$self" stage "$stage"; then
       echo "== stage $stage passed in $((SECONDS - started)) s"
       passed=$((passed + 1))
     else
@@ -180,12 +232,17 @@ run_tests() {
 case "${1:-}" in
   example)
     need_packages "${base_packages[@]}"
-    build build -DMGMTMSG_TESTS=OFF >/dev/null
+    configure build
+    cmake --build build -j"$jobs" --target mgmtmsg_example mgmtmsg-dump >/dev/null
     ./build/examples/mgmtmsg_example
     ;;
   test)
     shift
     run_tests "$@"
+    ;;
+  stage)
+    declare -F "stage_$2" >/dev/null || { echo "no stage $2: ${all_stages[*]}"; exit 2; }
+    "stage_$2"
     ;;
   *)
     sed -n '2,6p' "$0"

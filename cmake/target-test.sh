@@ -16,4 +16,4 @@ cmake -S "$ROOT" -B "$BUILD" -DCMAKE_TOOLCHAIN_FILE="$HERE/powerpc-linux-gnu.cma
   -DMGMTMSG_TARGET_PREFIX="$prefix" -DCMAKE_BUILD_TYPE=Release
 cmake --build "$BUILD" -j "$JOBS"
 cd "$BUILD"
-ctest --output-on-failure -j "$JOBS"
+ctest --no-tests=error --output-on-failure -j "$JOBS"
