@@ -1,7 +1,6 @@
 // Whole RPCs on several threads at once, each thread on contexts and
-// messages of its own: every exchange must give exactly the bytes it gives
-// alone (built here with the message runtime). Run under ThreadSanitizer by
-// the tsan stage.
+// messages of its own: every exchange must give on every round exactly the
+// bytes it gave alone. Run under ThreadSanitizer by the tsan stage.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -14,29 +13,35 @@
 #include "gnmi/gnmi.pb.h"
 #include "gnmi/gnmi_ex.h"
 #include "grpci/grpci_ex.h"
-#include "oxa_mem_host.h"
 #include "quorix-grpc-dialin.pb.h"
 #include "quorix-grpc-ipc.pb.h"
 #include "support/gnmi_access.h"
-#include "support/owned.h"
+#include "support/oxa_blocks.h"
 
 namespace {
 
 using testsupport::Make;
-using testsupport::ParseInto;
 using testsupport::Serialized;
 
-constexpr int kThreads = 4;
-constexpr int kRounds = 2000;
-
-uint32_t Len(const std::string& text) { return static_cast<uint32_t>(text.size()); }
+uint32_t Len(const char* text) { return static_cast<uint32_t>(std::strlen(text)); }
+// The bytes a GRPCI_ serializer gives, none when it fails.
+std::string Block(testsupport::Serializer serialize, void* msg) {
+  return testsupport::SerializeWith(serialize, 3, msg).Bytes();
+}
+template <class Parse>
+bool Parsed(Parse parse, void* handle, const std::string& bytes) {
+  return parse(handle, bytes.data(), bytes.size()) == 1;
+}
+template <class Message>
+std::string Encoded(const std::string& text) {
+  return testsupport::FromText<Message>(text).SerializeAsString();
+}
 
 // /interfaces/interface[name=ethN]: one key, so that the bytes are fixed.
-void FillPath(gnmi::Path* path, int n) {
-  path->add_elem()->set_name("interfaces");
-  gnmi::PathElem* elem = path->add_elem();
-  elem->set_name("interface");
-  (*elem->mutable_key())["name"] = "eth" + std::to_string(n);
+std::string Path(int n) {
+  return "path { elem { name: 'interfaces' } elem { name: 'interface' key { key: 'name' value: "
+         "'eth" +
+         std::to_string(n) + "' } } }";
 }
 
 // A path's last element, name and key, read and written through the entry
@@ -50,17 +55,11 @@ void CopyLastElem(void* from, void* to) {
   GNMI_PathElem_SetName(copy, GNMI_PathElem_GetName(elem), Len(GNMI_PathElem_GetName(elem)));
   GNMI_PathElem_AppendKey(copy, key, Len(key), value, Len(value));
 }
-gnmi::Path LastElem(const gnmi::Path& path) {
-  gnmi::Path last;
-  *last.add_elem() = path.elem(path.elem_size() - 1);
-  return last;
-}
 
-// Get: a notification per path, its update on the path's last element with
-// the key's value as string.
-std::string GetRpc(const gnmi::GetRequest& request) {
+// Get: a notification per path, its update on the path's last element.
+std::string GetRpc(const std::string& request) {
   auto ctx = Make<GNMI_Get_Init, GNMI_Get_DeInit>();
-  EXPECT_TRUE(ParseInto(GNMI_GetRequest_Parse, ctx.get(), request));
+  EXPECT_TRUE(Parsed(GNMI_GetRequest_Parse, ctx.get(), request));
   for (int i = 0; i < GNMI_GetRequest_PathSizeof(ctx.get()); ++i) {
     void* notification = GNMI_GetResponse_AppendNotification(ctx.get());
     GNMI_Notification_SetTimestamp(notification, i);
@@ -70,22 +69,11 @@ std::string GetRpc(const gnmi::GetRequest& request) {
   }
   return Serialized(GNMI_GetResponse_Serialize, ctx.get());
 }
-std::string GetAnswer(const gnmi::GetRequest& request) {
-  gnmi::GetResponse response;
-  for (int i = 0; i < request.path_size(); ++i) {
-    gnmi::Notification* notification = response.add_notification();
-    notification->set_timestamp(i);
-    gnmi::Update* update = notification->add_update();
-    *update->mutable_path() = LastElem(request.path(i));
-    update->mutable_val()->set_string_val("up");
-  }
-  return response.SerializeAsString();
-}
 
 // Set: an UPDATE result per update, on the path's last element.
-std::string SetRpc(const gnmi::SetRequest& request) {
+std::string SetRpc(const std::string& request) {
   auto ctx = Make<GNMI_Set_Init, GNMI_Set_DeInit>();
-  EXPECT_TRUE(ParseInto(GNMI_SetRequest_Parse, ctx.get(), request));
+  EXPECT_TRUE(Parsed(GNMI_SetRequest_Parse, ctx.get(), request));
   GNMI_SetResponse_SetTimestamp(ctx.get(), 42);
   for (int i = 0; i < GNMI_SetRequest_UpdateSizeof(ctx.get()); ++i) {
     void* result = GNMI_SetResponse_AppendUpdateResult(ctx.get());
@@ -95,22 +83,12 @@ std::string SetRpc(const gnmi::SetRequest& request) {
   }
   return Serialized(GNMI_SetResponse_Serialize, ctx.get());
 }
-std::string SetAnswer(const gnmi::SetRequest& request) {
-  gnmi::SetResponse response;
-  response.set_timestamp(42);
-  for (const gnmi::Update& update : request.update()) {
-    gnmi::UpdateResult* result = response.add_response();
-    *result->mutable_path() = LastElem(update.path());
-    result->set_op(gnmi::UpdateResult::UPDATE);
-  }
-  return response.SerializeAsString();
-}
 
 // Subscribe: an update per subscription carrying its sample interval, then
-// the sync response; both responses' bytes, one after the other.
-std::string SubscribeRpc(const gnmi::SubscribeRequest& request) {
+// the sync response.
+std::string SubscribeRpc(const std::string& request) {
   auto ctx = Make<GNMI_Subscribe_Init, GNMI_Subscribe_DeInit>();
-  EXPECT_TRUE(ParseInto(GNMI_SubscribeRequest_Parse, ctx.get(), request));
+  EXPECT_TRUE(Parsed(GNMI_SubscribeRequest_Parse, ctx.get(), request));
   void* notification = GNMI_SubscribeResponse_GetNotification(ctx.get());
   for (int i = 0; i < GNMI_SubscribeRequest_SubscriptionSize(ctx.get()); ++i) {
     void* update = GNMI_Notification_AppendUpdate(notification);
@@ -122,32 +100,9 @@ std::string SubscribeRpc(const gnmi::SubscribeRequest& request) {
   GNMI_SubscribeRequest_SyncResponse(ctx.get(), 1);
   return bytes + Serialized(GNMI_SubscribeSyncResponse_Serialize, ctx.get());
 }
-std::string SubscribeAnswer(const gnmi::SubscribeRequest& request) {
-  gnmi::SubscribeResponse response;
-  for (const gnmi::Subscription& subscription : request.subscribe().subscription()) {
-    gnmi::Update* update = response.mutable_update()->add_update();
-    *update->mutable_path() = LastElem(subscription.path());
-    update->mutable_val()->set_uint_val(subscription.sample_interval());
-  }
-  gnmi::SubscribeResponse sync;
-  sync.set_sync_response(true);
-  return response.SerializeAsString() + sync.SerializeAsString();
-}
-
-// The bytes a GRPCI_ serializer gives; the block is released.
-using PlatformSerializer = int32_t (*)(uint32_t, void*, void**, uint32_t*);
-std::string Block(PlatformSerializer serialize, void* msg) {
-  void* out = nullptr;
-  uint32_t length = 0;
-  EXPECT_EQ(serialize(3, msg, &out, &length), 1);
-  std::string bytes(static_cast<const char*>(out), length);
-  OXA_Free_F(out, "test", 0);
-  return bytes;
-}
 
 // South IPC: a client RPC request framed, received, and answered with a
-// server RPC record naming the same RPC and carrying the request's data; the
-// answer's frame.
+// server RPC record naming the same RPC and carrying the request's data.
 std::string SouthRoundTrip(uint32_t rpcId) {
   auto request = Make<GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>();
   GRPCI_SouthMsgSetRpcId(request.get(), rpcId);
@@ -156,7 +111,7 @@ std::string SouthRoundTrip(uint32_t rpcId) {
   const std::string sent = Block(GRPCI_SouthMsgSerialize, request.get());
 
   auto received = Make<GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>();
-  EXPECT_EQ(GRPCI_SouthMsgParse(received.get(), sent.data() + 4, Len(sent) - 4), 1);
+  EXPECT_TRUE(Parsed(GRPCI_SouthMsgParse, received.get(), sent.substr(4)));
   auto answer = Make<GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>();
   GRPCI_SouthMsgSetRpcId(answer.get(), GRPCI_SouthMsgGetRpcId(received.get()));
   GRPCI_SouthMsgSetReqType(answer.get(), quorix_grpc_ipc::REQTYPE_RESPONSE);
@@ -167,22 +122,12 @@ std::string SouthRoundTrip(uint32_t rpcId) {
                                 GRPCI_RpcDataGetData(GRPCI_SouthMsgGetRpcData(received.get())), 3);
   return Block(GRPCI_SouthMsgSerialize, answer.get());
 }
-std::string SouthAnswer(uint32_t rpcId) {
-  quorix_grpc_ipc::SouthMsg answer;
-  answer.set_rpc_id(rpcId);
-  answer.set_req_type(quorix_grpc_ipc::REQTYPE_RESPONSE);
-  answer.mutable_server_rpc()->set_rpc_name("/gnmi.gNMI/Get");
-  answer.mutable_server_rpc()->set_rpc_parament(std::string("a\0b", 3));
-  const std::string message = answer.SerializeAsString();
-  const uint32_t length = Len(message);  // host order
-  return std::string(reinterpret_cast<const char*>(&length), sizeof length) + message;
-}
 
 // Dial-in: the subscribe reply names the request and its first sensor path;
 // the cancel reply echoes the request id.
 std::string DialinRpc(const std::string& subscribe, const std::string& cancel) {
   auto args = Make<GRPCI_SubsArgsInit, GRPCI_SubsArgsDeInit>();
-  EXPECT_EQ(GRPCI_SubsArgsParse(args.get(), subscribe.data(), Len(subscribe)), 1);
+  EXPECT_TRUE(Parsed(GRPCI_SubsArgsParse, args.get(), subscribe));
   auto reply = Make<GRPCI_SubsReplyInit, GRPCI_SubsReplyDeInit>();
   GRPCI_SubsReplySetRequestId(reply.get(), GRPCI_SubsArgsGetRequestId(args.get()));
   const char* path = GRPCI_PathGetPath(GRPCI_SubsArgsGetPath(args.get(), 0));
@@ -190,53 +135,34 @@ std::string DialinRpc(const std::string& subscribe, const std::string& cancel) {
   const std::string subsBytes = Block(GRPCI_SubsReplySerialize, reply.get());
 
   auto cancelArgs = Make<GRPCI_CancelArgsInit, GRPCI_CancelArgsDeInit>();
-  EXPECT_EQ(GRPCI_CancelArgsParse(cancelArgs.get(), cancel.data(), Len(cancel)), 1);
+  EXPECT_TRUE(Parsed(GRPCI_CancelArgsParse, cancelArgs.get(), cancel));
   auto cancelReply = Make<GRPCI_CancelReplyInit, GRPCI_CancelReplyDeInit>();
   GRPCI_CancelReplySetRequestId(cancelReply.get(), GRPCI_CancelArgsGetRequestId(cancelArgs.get()));
   return subsBytes + Block(GRPCI_CancelReplySerialize, cancelReply.get());
 }
 
-std::string DialinAnswer(const quorix_dialin::SubsArgs& subsArgs,
-                         const quorix_dialin::CancelArgs& cancelArgs) {
-  quorix_dialin::SubsReply subsReply;
-  subsReply.set_request_id(subsArgs.request_id());
-  subsReply.set_message(subsArgs.path(0).path());
-  quorix_dialin::CancelReply cancelReply;
-  cancelReply.set_request_id(cancelArgs.request_id());
-  return subsReply.SerializeAsString() + cancelReply.SerializeAsString();
-}
-
 // An exchange of one thread: the RPC through the entry points, on requests
-// of its own, and the bytes it must give.
+// of its own, and the bytes it gave alone (what they are is the unit tests'
+// business).
 struct Exchange {
+  template <class Rpc>
+  Exchange(Rpc rpc) : run(rpc), answer(rpc()) {}
   std::function<std::string()> run;
   std::string answer;
 };
 
-std::vector<Exchange> ExchangesOf(int thread) {
-  gnmi::GetRequest get;
-  FillPath(get.add_path(), thread);
-  FillPath(get.add_path(), thread + 10);
-  gnmi::SetRequest set;
-  FillPath(set.add_update()->mutable_path(), thread);
-  gnmi::SubscribeRequest subscribe;
-  gnmi::Subscription* subscription = subscribe.mutable_subscribe()->add_subscription();
-  FillPath(subscription->mutable_path(), thread);
-  subscription->set_sample_interval(1000 + thread);
-  quorix_dialin::SubsArgs subsArgs;
-  subsArgs.set_request_id(100 + thread);
-  subsArgs.add_path()->set_path("/ifm/interfaces/" + std::to_string(thread));
-  quorix_dialin::CancelArgs cancelArgs;
-  cancelArgs.set_request_id(200 + thread);
-  const std::string subsBytes = subsArgs.SerializeAsString();
-  const std::string cancelBytes = cancelArgs.SerializeAsString();
-  const uint32_t rpcId = 300 + thread;
-  return {{[get] { return GetRpc(get); }, GetAnswer(get)},
-          {[set] { return SetRpc(set); }, SetAnswer(set)},
-          {[subscribe] { return SubscribeRpc(subscribe); }, SubscribeAnswer(subscribe)},
-          {[rpcId] { return SouthRoundTrip(rpcId); }, SouthAnswer(rpcId)},
-          {[subsBytes, cancelBytes] { return DialinRpc(subsBytes, cancelBytes); },
-           DialinAnswer(subsArgs, cancelArgs)}};
+std::vector<Exchange> ExchangesOf(int t) {
+  const auto n = [t](int base) { return std::to_string(base + t); };
+  const std::string get = Encoded<gnmi::GetRequest>(Path(t) + Path(t + 10));
+  const std::string set = Encoded<gnmi::SetRequest>("update { " + Path(t) + " }");
+  const std::string subscribe = Encoded<gnmi::SubscribeRequest>(
+      "subscribe { subscription { " + Path(t) + " sample_interval: " + n(1000) + " } }");
+  const std::string subs = Encoded<quorix_dialin::SubsArgs>(
+      "request_id: " + n(100) + " path { path: '/ifm/interfaces/" + n(0) + "' }");
+  const std::string cancel = Encoded<quorix_dialin::CancelArgs>("request_id: " + n(200));
+  return {[get] { return GetRpc(get); }, [set] { return SetRpc(set); },
+          [subscribe] { return SubscribeRpc(subscribe); }, [t] { return SouthRoundTrip(300 + t); },
+          [subs, cancel] { return DialinRpc(subs, cancel); }};
 }
 
 // The exchanges of a round that did not give their bytes.
@@ -247,15 +173,14 @@ int WrongExchanges(const std::vector<Exchange>& exchanges) {
 }
 
 TEST(Concurrency, ThreadsRunningWholeRpcsOnTheirOwnObjectsGetTheirExactBytes) {
-  std::vector<std::vector<Exchange>> exchanges;
-  for (int thread = 0; thread < kThreads; ++thread) {
-    exchanges.push_back(ExchangesOf(thread));
-    ASSERT_EQ(WrongExchanges(exchanges.back()), 0) << "thread " << thread << " alone";
-  }
+  constexpr int kThreads = 4;
+  constexpr int kRounds = 2000;
+  std::vector<std::vector<Exchange>> exchanges(kThreads);
+  for (int thread = 0; thread < kThreads; ++thread) exchanges[thread] = ExchangesOf(thread);
   const uint32_t blocks = OxaHost_Stats().liveBlocks;
   std::atomic<int> wrong{0};
   std::vector<std::thread> threads;
-  threads.reserve(exchanges.size());
+  threads.reserve(kThreads);
   for (const std::vector<Exchange>& exchange : exchanges) {
     threads.emplace_back([&exchange, &wrong] {
       for (int round = 0; round < kRounds; ++round) wrong += WrongExchanges(exchange);

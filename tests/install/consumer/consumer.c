@@ -1,73 +1,39 @@
-/* Uses the installed library as the device's control software does: serves
- * one gNMI Get RPC and frames one south IPC message, whose block comes from
- * the platform's OXA_Malloc_F. Exits non-zero on the first unexpected
- * result. */
+// Uses the installed library as the device's control software does: serves
+// one gNMI Get RPC and frames one south IPC message, whose block comes from
+// the platform's OXA_Malloc_F. Exits non-zero on any unexpected result.
 #include <gnmi/gnmi_ex.h>
 #include <grpci/grpci_ex.h>
 #include <platform/oxa_mem.h>
 #include <stdio.h>
 #include <string.h>
 
-static int failures;
-
-static void expect(int ok, const char* what) {
-  if (!ok) {
-    fprintf(stderr, "consumer: %s\n", what);
-    failures++;
-  }
-}
-
-static void serve_get(void) {
-  /* GetRequest: type STATE (field 3), encoding JSON_IETF (field 5). */
-  static const unsigned char request[] = {0x18, 0x02, 0x28, 0x04};
-  /* A length-delimited field cut short. */
-  static const unsigned char malformed[] = {0x12, 0x05, 0x12};
-  /* GetResponse: one notification (field 1) with timestamp 1. */
+int main(void) {
+  // GetRequest type STATE, encoding JSON_IETF; a length-delimited field cut
+  // short; GetResponse with one notification of timestamp 1.
+  static const unsigned char request[] = {0x18, 0x02, 0x28, 0x04}, malformed[] = {0x12, 0x05, 0x12};
   static const unsigned char response[] = {0x0a, 0x02, 0x08, 0x01};
-  void* out = NULL;
-  int outLen = -1;
-  void* ctx = GNMI_Get_Init();
-
-  expect(ctx != NULL, "GNMI_Get_Init returned NULL");
-  if (ctx == NULL) {
-    return;
-  }
-  expect(GNMI_GetRequest_Parse(ctx, malformed, (int)sizeof malformed) == 0,
-         "malformed request accepted");
-  expect(GNMI_GetRequest_Parse(ctx, request, (int)sizeof request) == 1, "request refused");
-  GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(ctx), 1);
-  expect(GNMI_GetResponse_Serialize(ctx, &out, &outLen) == 1, "Get response not serialized");
-  expect(outLen == (int)sizeof response && memcmp(out, response, sizeof response) == 0,
-         "Get response bytes differ");
-  GNMI_Get_DeInit(ctx);
-}
-
-static void frame_south_message(void) {
-  /* SouthMsg rpc_id 7 (field 2) behind its length word in host order. */
+  // SouthMsg rpc_id 7, behind its length word in host byte order.
   static const unsigned char body[] = {0x10, 0x07};
   const uint32_t length = sizeof body;
+  void* ctx = GNMI_Get_Init();
+  void* msg = GRPCI_SouthMsgInit();
+  void* out = NULL;
+  int outLen = -1;
   unsigned char* frame = NULL;
   uint32_t frameLen = 0;
-  void* msg = GRPCI_SouthMsgInit();
-
-  expect(msg != NULL, "GRPCI_SouthMsgInit returned NULL");
-  if (msg == NULL) {
-    return;
+  int ok = ctx != NULL && msg != NULL && GNMI_GetRequest_Parse(ctx, malformed, 3) == 0 &&
+           GNMI_GetRequest_Parse(ctx, request, 4) == 1;
+  if (ok) {
+    GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(ctx), 1);
+    GRPCI_SouthMsgSetRpcId(msg, 7);
+    ok = GNMI_GetResponse_Serialize(ctx, &out, &outLen) == 1 && outLen == 4 &&
+         memcmp(out, response, 4) == 0 &&
+         GRPCI_SouthMsgSerialize(1, msg, (void**)&frame, &frameLen) == 1 && frameLen == 6 &&
+         memcmp(frame, &length, 4) == 0 && memcmp(frame + 4, body, 2) == 0;
+    OXA_Free_F(frame, __FILE__, __LINE__);
   }
-  GRPCI_SouthMsgSetRpcId(msg, 7);
-  expect(GRPCI_SouthMsgSerialize(1, msg, (void**)&frame, &frameLen) == 1, "frame not built");
-  expect(frameLen == sizeof length + sizeof body && memcmp(frame, &length, sizeof length) == 0 &&
-             memcmp(frame + sizeof length, body, sizeof body) == 0,
-         "frame bytes differ");
-  OXA_Free_F(frame, __FILE__, __LINE__);
+  GNMI_Get_DeInit(ctx);
   GRPCI_SouthMsgDeInit(msg);
-}
-
-int main(void) {
-  serve_get();
-  frame_south_message();
-  if (failures == 0) {
-    puts("consumer: one Get RPC served, one south IPC frame built");
-  }
-  return failures == 0 ? 0 : 1;
+  puts(ok ? "consumer: one Get RPC served, one south IPC frame built" : "consumer: failed");
+  return ok ? 0 : 1;
 }

@@ -1,0 +1,416 @@
+// The GRPCI_ records: the south IPC envelope and the dial-in requests and
+// replies as parsed, read, written and serialized into platform blocks; the
+// accessors both families share; and the two serialization helpers, driven by
+// a message whose size and output the test chooses (this program builds its
+// own copy of the platform block helper).
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+
+#include "common/handles.h"
+#include "common/platform_block.h"
+#include "gnmi/gnmi.pb.h"
+#include "gnmi/gnmi_ex.h"
+#include "gnmi/gnmi_rpc.h"
+#include "grpci/grpci_ex.h"
+#include "quorix-grpc-dialin.pb.h"
+#include "quorix-grpc-ipc.pb.h"
+#include "support/gnmi_access.h"
+#include "support/oxa_blocks.h"
+
+namespace {
+
+using google::protobuf::FieldDescriptor;
+using google::protobuf::Message;
+using mgmtmsg::As;
+using testsupport::Make;
+using testsupport::SerializeWith;
+using namespace std::string_literals;
+namespace ipc = quorix_grpc_ipc;
+using ipc::ClientRpc;
+using ipc::RpcData;
+using ipc::ServerRpc;
+using ipc::SouthMsg;
+using quorix_dialin::CancelReply;
+using quorix_dialin::SubsReply;
+
+// The IPC frame's length word, in host byte order.
+std::string Word(uint32_t length) { return std::string(reinterpret_cast<char*>(&length), 4); }
+int32_t Parse(int32_t (*parse)(void*, const void*, int32_t), void* msg, const std::string& bytes) {
+  return parse(msg, bytes.data(), static_cast<int32_t>(bytes.size()));
+}
+
+using PlatformBlocks = testsupport::OxaTest;
+
+TEST_F(PlatformBlocks, HoldTheEncodingFramedOrWithASpareByteFromTheEntryPointsSite) {
+  // Message, its contents, serializer and owner; the block's bytes and
+  // OXA_Malloc_F's size, module and line.
+  const std::tuple<void* (*)(), void (*)(void*), void (*)(void*), testsupport::Serializer, uint32_t,
+                   std::string, uint32_t, const char*, uint32_t>
+      cases[] = {
+          {GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit,
+           [](void* msg) {
+             GRPCI_SouthMsgSetConnectId(msg, 0x11223344u);
+             GRPCI_SouthMsgSetResultDesc(msg, "ok", 2);
+           },
+           GRPCI_SouthMsgSerialize, 0xC0FFEEu, Word(10) + "\x08\xc4\xe6\x88\x89\x01\x4a\x02ok", 14,
+           "grpci_ex", 690},
+          {GRPCI_SubsReplyInit, GRPCI_SubsReplyDeInit,
+           [](void* reply) {
+             GRPCI_SubsReplySetSubscriptionId(reply, 5);
+             GRPCI_SubsReplySetRequestId(reply, uint64_t{1} << 33);
+             GRPCI_SubsReplySetResponseCode(reply, "ok", 2);
+             GRPCI_SubsReplySetMessage(reply, "\0\x01\xff", 3);
+           },
+           GRPCI_SubsReplySerialize, 0xAB,
+           "\x08\x05\x10\x80\x80\x80\x80\x20\x1a\x02ok\x22\x03\0\x01\xff"s, 18,
+           "grpci_grpcdialin_ex", 228},
+          {GRPCI_SubsReplyInit, GRPCI_SubsReplyDeInit, [](void*) {}, GRPCI_SubsReplySerialize, 1,
+           "", 1, "grpci_grpcdialin_ex", 228},
+          {GRPCI_CancelReplyInit, GRPCI_CancelReplyDeInit,
+           [](void* reply) {
+             GRPCI_CancelReplySetRequestId(reply, 9);
+             GRPCI_CancelReplySetResponseCode(reply, "ok", 2);
+             GRPCI_CancelReplySetMessage(reply, "x\0y", 3);
+           },
+           GRPCI_CancelReplySerialize, 0x5150, "\x08\x09\x12\x02ok\x1a\x03x\0y"s, 12,
+           "grpci_grpcdialin_ex", 306},
+      };
+  for (const auto& [init, deinit, fill, serialize, ownerId, bytes, size, module, line] : cases) {
+    SCOPED_TRACE(size);
+    const std::unique_ptr<void, void (*)(void*)> msg(init(), deinit);
+    fill(msg.get());
+    OxaHost_Reset();
+    const auto block = SerializeWith(serialize, ownerId, msg.get());
+    ASSERT_EQ(block.result, 1);
+    EXPECT_NE(block.block, nullptr);
+    EXPECT_EQ(block.Bytes(), bytes);
+    EXPECT_EQ(OxaHost_Stats().mallocCalls, 1u);
+    EXPECT_EQ(testsupport::LastMalloc(), std::make_tuple(ownerId, 7, size, module, line));
+    EXPECT_EQ(SerializeWith(serialize, 1, msg.get()).Bytes(), bytes);  // the message kept
+  }
+}
+
+TEST_F(PlatformBlocks, HoldAtMost52428800MessageBytes) {
+  auto south = Make<GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>();
+  auto reply = Make<GRPCI_SubsReplyInit, GRPCI_SubsReplyDeInit>();
+  // Serializer, message, payload and the encoding's other bytes; the block's
+  // first bytes, its length and OXA_Malloc_F's size.
+  const std::tuple<testsupport::Serializer, void*, std::string*, size_t, std::string, uint32_t,
+                   uint32_t>
+      cases[] = {
+          {GRPCI_SouthMsgSerialize, south.get(),
+           As<SouthMsg>(south.get())->mutable_rpc_data()->mutable_data(), 10,
+           Word(52428800) + "\x6a", 52428804, 52428804},
+          {GRPCI_SubsReplySerialize, reply.get(), As<SubsReply>(reply.get())->mutable_message(), 5,
+           "\x22", 52428800, 52428801},
+      };
+  for (const auto& [serialize, msg, payload, overhead, head, length, size] : cases) {
+    payload->assign(52428800 - overhead + 1, 'p');
+    OxaHost_Reset();
+    const auto refused = SerializeWith(serialize, 1, msg);
+    EXPECT_EQ(std::make_tuple(refused.result, refused.outUntouched, OxaHost_Stats().mallocCalls),
+              std::make_tuple(0, true, 0u));
+    payload->pop_back();
+    const auto block = SerializeWith(serialize, 1, msg);
+    ASSERT_EQ(block.result, 1);
+    EXPECT_EQ(std::make_tuple(block.length, OxaHost_Stats().lastMalloc.size),
+              std::make_tuple(length, size));
+    const std::string bytes = block.Bytes();
+    EXPECT_EQ(bytes.substr(0, head.size()), head);
+    EXPECT_EQ(bytes.back(), 'p');
+  }
+}
+
+TEST(SouthMsg, ParseKeepsEveryFieldReplacesTheWholeMessageAndRefusesMalformedBytes) {
+  auto msg = Make<GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>();
+  const auto bytes = [&] { return As<SouthMsg>(msg.get())->SerializeAsString(); };
+  // connect_id 5, client_rpc { client_name "k" client_id 9 }: fields without entry points
+  ASSERT_EQ(Parse(GRPCI_SouthMsgParse, msg.get(), "\x08\x05\x5a\x05\x52\x01k\x58\x09"), 1);
+  GRPCI_ClientRpcSetDscp(GRPCI_SouthMsgGetClientRpc(msg.get()), 46);
+  EXPECT_EQ(bytes(), "\x08\x05\x5a\x07\x38\x2e\x52\x01k\x58\x09");
+  ASSERT_EQ(Parse(GRPCI_SouthMsgParse, msg.get(), "\x20\x07"), 1);  // req_type 7, outside ReqType
+  EXPECT_EQ(
+      std::make_tuple(GRPCI_SouthMsgGetReqType(msg.get()), GRPCI_SouthMsgGetConnectId(msg.get()),
+                      GRPCI_SouthMsgHasClientRpc(msg.get())),
+      std::make_tuple(7, 0u, 0));
+  // Enumerations outside their range are stored and sent as they are.
+  GRPCI_SouthMsgSetReqType(msg.get(), 5);
+  GRPCI_SouthMsgSetOpType(msg.get(), 0x7fffffff);
+  GRPCI_SouthMsgSetMsgType(msg.get(), -2);
+  EXPECT_EQ(std::make_tuple(GRPCI_SouthMsgGetReqType(msg.get()), GRPCI_SouthMsgGetOpType(msg.get()),
+                            GRPCI_SouthMsgGetMsgType(msg.get())),
+            std::make_tuple(5, 0x7fffffff, -2));
+  EXPECT_EQ(bytes(),
+            "\x20\x05\x28\xff\xff\xff\xff\x07\x30\xfe\xff\xff\xff\xff\xff\xff\xff\xff\x01");
+  EXPECT_EQ(Parse(GRPCI_SouthMsgParse, msg.get(), "\x4a\x05o"), 0);  // truncated
+}
+
+TEST(SouthMsg, PayloadRecordsAreIndependentAndMadeOnlyBySet) {
+  const std::tuple<const char*, int32_t (*)(void*), void* (*)(void*), void* (*)(void*)> payloads[] =
+      {{"login", GRPCI_SouthMsgHasLogin, GRPCI_SouthMsgGetLogin, GRPCI_SouthMsgSetLogin},
+       {"client_rpc", GRPCI_SouthMsgHasClientRpc, GRPCI_SouthMsgGetClientRpc,
+        GRPCI_SouthMsgSetClientRpc},
+       {"server_rpc", GRPCI_SouthMsgHasServerRpc, GRPCI_SouthMsgGetServerRpc,
+        GRPCI_SouthMsgSetServerRpc},
+       {"rpc_data", GRPCI_SouthMsgHasRpcData, GRPCI_SouthMsgGetRpcData, GRPCI_SouthMsgSetRpcData}};
+  auto msg = Make<GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>();
+  const SouthMsg& object = *As<SouthMsg>(msg.get());
+  for (const auto& [name, has, get, set] : payloads) {
+    EXPECT_EQ(std::make_tuple(get(msg.get()), has(msg.get())), std::make_tuple(nullptr, 0));
+    void* record = set(msg.get());
+    EXPECT_EQ(std::make_tuple(set(msg.get()), get(msg.get()), has(msg.get())),
+              std::make_tuple(record, record, 1));
+    const auto* field = SouthMsg::descriptor()->FindFieldByName(name);
+    EXPECT_EQ(record, &object.GetReflection()->GetMessage(object, field)) << name;
+  }
+  EXPECT_EQ(object.SerializeAsString(), "\x52\x00\x5a\x00\x62\x00\x6a\x00"s);  // none replaced
+}
+
+// Accessors of one field: its record type and name, its setter, and its
+// reader or null. G(Type, Name, field) names GNMI_<Type>_Set<Name> and
+// GNMI_<Type>_Get<Name>, Q(...) GRPCI_<Type>Set<Name> and GRPCI_<Type>Get<Name>;
+// G0 and Q0 have no reader.
+template <class Set, class Get>
+using Field = std::tuple<const Message&, const char*, Set, Get>;
+// clang-format off
+#define G(T, N, f) {gnmi::T::default_instance(), #f, GNMI_##T##_Set##N, GNMI_##T##_Get##N}
+#define G0(T, N, f) {gnmi::T::default_instance(), #f, GNMI_##T##_Set##N, nullptr}
+#define Q(T, N, f) {T::default_instance(), #f, GRPCI_##T##Set##N, GRPCI_##T##Get##N}
+#define Q0(T, N, f) {T::default_instance(), #f, GRPCI_##T##Set##N, nullptr}
+// clang-format on
+
+// Runs `check` on each field, in a fresh record.
+template <class Set, class Get, size_t kCount, class Check>
+void ForEachField(const Field<Set, Get> (&fields)[kCount], Check check) {
+  for (const auto& [type, name, set, get] : fields) {
+    const std::unique_ptr<Message> message(type.New());
+    const auto* field = message->GetDescriptor()->FindFieldByName(name);
+    SCOPED_TRACE(field->full_name());
+    check(message.get(), field, set, get);
+  }
+}
+
+TEST(Accessors, TextSettersCopyExactlyTheBytesGivenAndRefuseNullData) {
+  // clang-format off
+  const Field<void (*)(void*, const char*, uint32_t), const char* (*)(void*)> fields[] = {
+      G(Path, Origin, origin), G(Path, Target, target), G(PathElem, Name, name),
+      G(Notification, Alias, alias), G(ModelData, Name, name),
+      G(ModelData, Organization, organization), G(ModelData, Version, version),
+      G0(TypedValue, StringVal, string_val), G(TypedValue, JsonVal, json_val),
+      G0(TypedValue, JsonIetfVal, json_ietf_val), G0(TypedValue, Jsonietf_Val, json_ietf_val),
+      G0(TypedValue, ProtoBytes, proto_bytes), Q(SouthMsg, ResultDesc, result_description),
+      Q(ClientRpc, PeerAddr, peer_address), Q(ClientRpc, MyAddr, my_address),
+      Q(ClientRpc, VpnName, vpn_name), Q(ClientRpc, RpcName, rpc_name),
+      Q(ServerRpc, PeerAddr, peer_address), Q(ServerRpc, MyAddr, my_address),
+      Q(ServerRpc, VpnName, vpn_name), Q(ServerRpc, RpcName, rpc_name),
+      Q0(ServerRpc, RpcParament, rpc_parament), Q(RpcData, Data, data),
+      Q0(SubsReply, ResponseCode, response_code), Q0(SubsReply, Message, message),
+      Q0(CancelReply, ResponseCode, response_code), Q0(CancelReply, Message, message)};
+  // clang-format on
+  ForEachField(fields, [](Message* message, const FieldDescriptor* field, auto set, auto get) {
+    const auto text = [&] { return message->GetReflection()->GetString(*message, field); };
+    set(message, "a much longer first value", 25);
+    set(message, "ab\0cd", 4);
+    EXPECT_EQ(text(), "ab\0c"s);
+    EXPECT_TRUE(get == nullptr || std::memcmp(get(message), "ab\0c", 5) == 0);  // terminated
+    EXPECT_THROW(set(message, nullptr, 1), std::logic_error);
+    EXPECT_EQ(text(), "ab\0c"s);
+    set(message, nullptr, 0);
+    EXPECT_EQ(text(), "");
+    // A member of a oneof is chosen, though empty.
+    EXPECT_TRUE(!field->containing_oneof() || message->GetReflection()->HasField(*message, field));
+  });
+  SubsReply reply;  // choosing the bytes member of the reply's oneof clears the other
+  reply.set_message_json("{}");
+  GRPCI_SubsReplySetMessage(&reply, "z\0y", 3);
+  EXPECT_EQ(reply.SerializeAsString(), "\x22\x03z\0y"s);
+}
+
+TEST(Accessors, FlagsTakeAnyNonZeroValueAsTrueAndReadAsOne) {
+  // clang-format off
+  const Field<void (*)(void*, int32_t), int32_t (*)(void*)> fields[] = {
+      G(Notification, Atomic, atomic), G0(TypedValue, BoolVal, bool_val),
+      Q(ClientRpc, NoTls, no_tls), Q(RpcData, IsOver, is_over)};
+  // clang-format on
+  ForEachField(fields, [](Message* message, const FieldDescriptor* field, auto set, auto get) {
+    for (int32_t value : {2, 256, -1, INT_MIN, 0, 1}) {
+      set(message, value);
+      EXPECT_EQ(message->GetReflection()->GetBool(*message, field), value != 0) << value;
+      EXPECT_EQ(get != nullptr ? get(message) : value != 0, value != 0 ? 1 : 0) << value;
+    }
+  });
+}
+
+TEST(Accessors, NumbersRoundTripThroughTheirOwnField) {
+  // clang-format off
+  const Field<void (*)(void*, uint32_t), uint32_t (*)(void*)> fields[] = {
+      Q(SouthMsg, ConnectId, connect_id), Q(SouthMsg, RpcId, rpc_id),
+      Q(SouthMsg, TransNum, trans_num), Q(SouthMsg, VrId, vrid), Q(SouthMsg, Result, result),
+      Q(ClientRpc, PeerPort, peer_port), Q(ClientRpc, MyPort, my_port),
+      Q(ClientRpc, VpnIndex, vpn_index), Q(ClientRpc, Dscp, dscp),
+      Q(ClientRpc, Compression, compression_type), Q(ServerRpc, PeerPort, peer_port),
+      Q(ServerRpc, MyPort, my_port), Q(ServerRpc, VpnIndex, vpn_index),
+      Q(ServerRpc, DeadLine, deadline), Q(ServerRpc, Compression, compression_type),
+      Q(ServerRpc, Dscp, dscp), G(Update, Duplicates, duplicates)};
+  // clang-format on
+  ForEachField(fields, [](Message* message, const FieldDescriptor* field, auto set, auto get) {
+    set(message, 0xFFFFFF00u);
+    EXPECT_EQ(std::make_tuple(message->GetReflection()->GetUInt32(*message, field), get(message)),
+              std::make_tuple(0xFFFFFF00u, 0xFFFFFF00u));
+  });
+}
+
+#undef G
+#undef G0
+#undef Q
+#undef Q0
+
+TEST(Accessors, LoginTextsAndBytesFieldsReadWithTheirExactLength) {
+  auto login = testsupport::FromText<ipc::LoginAuthenticate>(
+      R"(user_name: "admin" password: "secret" handle: "h-17" token: "\000\001\000")");
+  EXPECT_EQ(std::make_tuple(std::string(GRPCI_LoginAuthGetUserName(&login)),
+                            std::string(GRPCI_LoginAuthGetPassword(&login)),
+                            std::string(GRPCI_LoginAuthGetHandle(&login))),
+            std::make_tuple("admin", "secret", "h-17"));
+  uint32_t len = 0;
+  const char* token = GRPCI_LoginAuthGetToken(&login, &len);
+  EXPECT_EQ(std::string(token, len), "\0\1\0"s);
+  ipc::ServerRpc server;
+  EXPECT_STREQ(GRPCI_ServerRpcGetRpcParament(&server, &len), "");
+  EXPECT_EQ(len, 0u);
+  server.set_rpc_parament("\0\xff\0p"s);
+  const char* parameters = GRPCI_ServerRpcGetRpcParament(&server, &len);
+  EXPECT_EQ(std::string(parameters, len), "\0\xff\0p"s);
+}
+
+TEST(DialinArgs, ReadersSeeEveryFieldOfTheRequestUnderItsNumber) {
+  const auto source = testsupport::FromText<quorix_dialin::SubsArgs>(
+      R"(request_id: 0x1122334455667788 encoding: 2 sample_interval: 10000000000
+         heartbeat_interval: 0x10000000001 path { path: "/cpu" } path { depth: 3 })");
+  auto args = Make<GRPCI_SubsArgsInit, GRPCI_SubsArgsDeInit>();
+  ASSERT_EQ(Parse(GRPCI_SubsArgsParse, args.get(), source.SerializeAsString()), 1);
+  EXPECT_EQ(
+      std::make_tuple(GRPCI_SubsArgsGetRequestId(args.get()), GRPCI_SubsArgsGetEncoding(args.get()),
+                      GRPCI_SubsArgsGetSampleInterval(args.get()),
+                      GRPCI_SubsArgsGetHeartbeat(args.get())),
+      std::make_tuple(0x1122334455667788u, 2u, 10000000000u, 0x10000000001u));
+  ASSERT_EQ(GRPCI_SubsArgsPathSizeof(args.get()), 2);
+  EXPECT_STREQ(GRPCI_PathGetPath(GRPCI_SubsArgsGetPath(args.get(), 0)), "/cpu");
+  EXPECT_EQ(GRPCI_PathGetDepth(GRPCI_SubsArgsGetPath(args.get(), 1)), 3u);
+  EXPECT_FATAL_CHECK(GRPCI_SubsArgsGetPath(args.get(), -1), "grpci_grpcdialin_ex", 1707,
+                     testsupport::kNegativeIndex);
+  EXPECT_FATAL_CHECK(GRPCI_SubsArgsGetPath(args.get(), 2), "grpci_grpcdialin_ex", 1708,
+                     testsupport::kPastEndIndex);
+  EXPECT_EQ(Parse(GRPCI_SubsArgsParse, args.get(), "\x2a\x05/a"), 0);  // truncated
+
+  // request_id is field 1, subscription_id field 2: the reverse of SubsReply.
+  auto cancel = Make<GRPCI_CancelArgsInit, GRPCI_CancelArgsDeInit>();
+  ASSERT_EQ(Parse(GRPCI_CancelArgsParse, cancel.get(), "\x08\x2a\x10\x07"), 1);
+  EXPECT_EQ(std::make_tuple(GRPCI_CancelArgsGetRequestId(cancel.get()),
+                            GRPCI_CancelArgsGetSubscriptionId(cancel.get())),
+            std::make_tuple(42u, 7u));
+}
+
+TEST(DialinArgs, SuppressGettersAnswerOnlyForTheMemberLastOnTheWire) {
+  // The request's bytes; the member set, suppress_redundant and delay_time.
+  const std::tuple<std::string, uint32_t, uint64_t, uint64_t> cases[] = {
+      {"", 0, 0, 0},
+      {"\x40\x01\x48\xf4\x03"s, 9, 0, 500},  // suppress_redundant, then delay_time 500
+      {"\x48\xf4\x03\x40\x01"s, 8, 1, 0},
+      {"\x40\x00"s, 8, 0, 0},  // a false flag is still the member set
+      {"\x48\x01"s, 9, 0, 1},  // the flag's storage holds 1: not read
+  };
+  auto args = Make<GRPCI_SubsArgsInit, GRPCI_SubsArgsDeInit>();
+  for (const auto& [bytes, suppressCase, redundant, delay] : cases) {
+    ASSERT_EQ(Parse(GRPCI_SubsArgsParse, args.get(), bytes), 1);
+    EXPECT_EQ(std::make_tuple(GRPCI_SubsArgsGetSuppressCase(args.get()),
+                              GRPCI_SubsArgsGetSuppressRedundant(args.get()),
+                              GRPCI_SubsArgsGetDelayTime(args.get())),
+              std::make_tuple(suppressCase, redundant, delay))
+        << bytes.size();
+  }
+}
+
+// Computes `size` encoded bytes, then writes `written` bytes of 'x', as a
+// message changed between the two steps would; counts the size computations.
+class ChosenMessage final : public google::protobuf::MessageLite {
+ public:
+  ChosenMessage(size_t size, size_t written) : size(size), written(written) {}
+  size_t size;
+  size_t written;
+  mutable int sizeComputations = 0;
+
+  std::string GetTypeName() const override { return "ChosenMessage"; }
+  MessageLite* New(google::protobuf::Arena*) const override { return nullptr; }
+  void Clear() override {}
+  bool IsInitialized() const override { return true; }
+  void CheckTypeAndMergeFrom(const MessageLite&) override {}
+  size_t ByteSizeLong() const override {
+    ++sizeComputations;
+    return size;
+  }
+  int GetCachedSize() const override { return static_cast<int>(written); }
+  const char* _InternalParse(const char* ptr, google::protobuf::internal::ParseContext*) override {
+    return ptr;
+  }
+  uint8_t* _InternalSerialize(uint8_t* target,
+                              google::protobuf::io::EpsCopyOutputStream*) const override {
+    return static_cast<uint8_t*>(std::memset(target, 'x', written)) + written;
+  }
+};
+
+constexpr mgmtmsg::PlatformBlockSite kFramed{mgmtmsg::BlockLayout::kLengthPrefixed, "framing", 10,
+                                             20};
+constexpr mgmtmsg::PlatformBlockSite kBare{mgmtmsg::BlockLayout::kSpareTrailingByte, "bare", 30,
+                                           40};
+
+// The helper as an entry point calls it, for a ChosenMessage handle.
+template <const mgmtmsg::PlatformBlockSite& kSite>
+int32_t SerializeFor(uint32_t ownerId, void* message, void** out, uint32_t* outLen) {
+  return mgmtmsg::SerializeToPlatformBlock(*static_cast<ChosenMessage*>(message), ownerId, kSite,
+                                           out, outLen);
+}
+
+TEST_F(PlatformBlocks, SizeIsComputedOnceAndAShortEncodingReleasesTheBlockAtItsSite) {
+  for (auto [serialize, site] : {std::make_tuple(SerializeFor<kFramed>, &kFramed),
+                                 std::make_tuple(SerializeFor<kBare>, &kBare)}) {
+    ChosenMessage shorter(5, 4);
+    const auto failed = SerializeWith(serialize, 1, &shorter);
+    const OxaHostStats stats = OxaHost_Stats();
+    EXPECT_EQ(std::make_tuple(failed.result, failed.outUntouched, shorter.sizeComputations),
+              std::make_tuple(0, true, 1));
+    EXPECT_EQ(
+        std::make_tuple(stats.lastFree.block, std::string(stats.lastFree.file), stats.lastFree.line,
+                        stats.lastMalloc.line),
+        std::make_tuple(stats.lastMalloc.block, site->module, site->freeLine, site->mallocLine));
+  }
+}
+
+// A gNMI context around a ChosenMessage, serialized as every context serializes.
+class ChosenRpc final : public GnmiRpcBase {
+ public:
+  int GnmiParseRpcRequest(const void*, int) override { return 0; }
+  int GnmiSerializeRpcResponse(void** out, int* outLen) override {
+    return SerializeToBuffer(message, BufferAllocation::kNothrow, out, outLen);
+  }
+  ChosenMessage message{8, 8};
+};
+
+TEST(GnmiRpcBuffer, MessageBeyondTwoGigabytesSetsStatusFourAndKeepsTheBuffer) {
+  ChosenRpc rpc;
+  void* out = nullptr;
+  int outLen = 0;
+  ASSERT_EQ(rpc.GnmiSerializeRpcResponse(&out, &outLen), 1);
+  void* const previous = out;
+  rpc.message.size = size_t{INT_MAX} + 1;
+  EXPECT_EQ(rpc.GnmiSerializeRpcResponse(&out, &outLen), 0);
+  EXPECT_EQ(std::make_tuple(rpc.GetSerializeStatus_(), rpc.GetBufferCapacity_(), out, outLen),
+            std::make_tuple(GnmiRpcBase::kStatusSerializeFailed, 8, previous, 8));
+}
+
+}  // namespace
