@@ -6,18 +6,13 @@
 namespace testsupport {
 namespace {
 
-FatalReport* current = nullptr;
+FatalReport* current = nullptr;  // set only while CaptureFatal's handler is installed
 
 void Record(google::protobuf::LogLevel level, const char* file, int line,
             const std::string& message) {
-  if (current == nullptr) {
-    return;
-  }
   current->logged += message + "\n";
   if (level == google::protobuf::LOGLEVEL_FATAL) {
-    current->file = file;
-    current->line = line;
-    current->message = message;
+    std::tie(current->file, current->line, current->message) = std::tie(file, line, message);
   }
 }
 
@@ -33,7 +28,6 @@ FatalReport CaptureFatal(const std::function<void()>& call) {
     report.raised = true;
   }
   google::protobuf::SetLogHandler(previous);
-  current = nullptr;
   return report;
 }
 

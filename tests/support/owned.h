@@ -5,16 +5,13 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 
 namespace testsupport {
 
+// The constant converts to the function pointer, which the deleter calls.
 template <auto Destroy>
-struct CDeleter {
-  void operator()(void* handle) const { Destroy(handle); }
-};
-
-template <auto Destroy>
-using Owned = std::unique_ptr<void, CDeleter<Destroy>>;
+using Owned = std::unique_ptr<void, std::integral_constant<decltype(Destroy), Destroy>>;
 
 // Owned handle from an Init entry point, e.g. Make<GNMI_Get_Init, GNMI_Get_DeInit>().
 template <auto Init, auto Destroy>
