@@ -70,20 +70,6 @@ std::string GetRpc(const std::string& request) {
   return Serialized(GNMI_GetResponse_Serialize, ctx.get());
 }
 
-// Set: an UPDATE result per update, on the path's last element.
-std::string SetRpc(const std::string& request) {
-  auto ctx = Make<GNMI_Set_Init, GNMI_Set_DeInit>();
-  EXPECT_TRUE(Parsed(GNMI_SetRequest_Parse, ctx.get(), request));
-  GNMI_SetResponse_SetTimestamp(ctx.get(), 42);
-  for (int i = 0; i < GNMI_SetRequest_UpdateSizeof(ctx.get()); ++i) {
-    void* result = GNMI_SetResponse_AppendUpdateResult(ctx.get());
-    CopyLastElem(GNMI_Update_GetPath(GNMI_SetRequest_GetUpdate(ctx.get(), i)),
-                 GNMI_UpdateResult_AddPath(result));
-    GNMI_UpdateResult_SetOp(result, gnmi::UpdateResult::UPDATE);
-  }
-  return Serialized(GNMI_SetResponse_Serialize, ctx.get());
-}
-
 // Subscribe: an update per subscription carrying its sample interval, then
 // the sync response.
 std::string SubscribeRpc(const std::string& request) {
@@ -123,22 +109,15 @@ std::string SouthRoundTrip(uint32_t rpcId) {
   return Block(GRPCI_SouthMsgSerialize, answer.get());
 }
 
-// Dial-in: the subscribe reply names the request and its first sensor path;
-// the cancel reply echoes the request id.
-std::string DialinRpc(const std::string& subscribe, const std::string& cancel) {
+// Dial-in: the subscribe reply names the request and its first sensor path.
+std::string DialinRpc(const std::string& subscribe) {
   auto args = Make<GRPCI_SubsArgsInit, GRPCI_SubsArgsDeInit>();
   EXPECT_TRUE(Parsed(GRPCI_SubsArgsParse, args.get(), subscribe));
   auto reply = Make<GRPCI_SubsReplyInit, GRPCI_SubsReplyDeInit>();
   GRPCI_SubsReplySetRequestId(reply.get(), GRPCI_SubsArgsGetRequestId(args.get()));
   const char* path = GRPCI_PathGetPath(GRPCI_SubsArgsGetPath(args.get(), 0));
   GRPCI_SubsReplySetMessage(reply.get(), path, Len(path));
-  const std::string subsBytes = Block(GRPCI_SubsReplySerialize, reply.get());
-
-  auto cancelArgs = Make<GRPCI_CancelArgsInit, GRPCI_CancelArgsDeInit>();
-  EXPECT_TRUE(Parsed(GRPCI_CancelArgsParse, cancelArgs.get(), cancel));
-  auto cancelReply = Make<GRPCI_CancelReplyInit, GRPCI_CancelReplyDeInit>();
-  GRPCI_CancelReplySetRequestId(cancelReply.get(), GRPCI_CancelArgsGetRequestId(cancelArgs.get()));
-  return subsBytes + Block(GRPCI_CancelReplySerialize, cancelReply.get());
+  return Block(GRPCI_SubsReplySerialize, reply.get());
 }
 
 // An exchange of one thread: the RPC through the entry points, on requests
@@ -154,15 +133,12 @@ struct Exchange {
 std::vector<Exchange> ExchangesOf(int t) {
   const auto n = [t](int base) { return std::to_string(base + t); };
   const std::string get = Encoded<gnmi::GetRequest>(Path(t) + Path(t + 10));
-  const std::string set = Encoded<gnmi::SetRequest>("update { " + Path(t) + " }");
   const std::string subscribe = Encoded<gnmi::SubscribeRequest>(
       "subscribe { subscription { " + Path(t) + " sample_interval: " + n(1000) + " } }");
   const std::string subs = Encoded<quorix_dialin::SubsArgs>(
       "request_id: " + n(100) + " path { path: '/ifm/interfaces/" + n(0) + "' }");
-  const std::string cancel = Encoded<quorix_dialin::CancelArgs>("request_id: " + n(200));
-  return {[get] { return GetRpc(get); }, [set] { return SetRpc(set); },
-          [subscribe] { return SubscribeRpc(subscribe); }, [t] { return SouthRoundTrip(300 + t); },
-          [subs, cancel] { return DialinRpc(subs, cancel); }};
+  return {[get] { return GetRpc(get); }, [subscribe] { return SubscribeRpc(subscribe); },
+          [t] { return SouthRoundTrip(300 + t); }, [subs] { return DialinRpc(subs); }};
 }
 
 // The exchanges of a round that did not give their bytes.

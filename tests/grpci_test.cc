@@ -19,6 +19,7 @@
 #include "grpci/grpci_ex.h"
 #include "quorix-grpc-dialin.pb.h"
 #include "quorix-grpc-ipc.pb.h"
+#include "support/fatal_capture.h"
 #include "support/gnmi_access.h"
 #include "support/oxa_blocks.h"
 
