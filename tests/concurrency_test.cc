@@ -267,3 +267,29 @@ TEST(Concurrency, ThreadsRunningWholeRpcsOnTheirOwnObjectsGetTheirExactBytes) {
 }
 
 }  // namespace
+
+// ---- A stream of replies on each thread, from one context reset before each ----
+
+#include "support/reply_families.h"
+
+namespace {
+
+TEST(Concurrency, ThreadsResettingTheirOwnContextsGetEachReplyExactly) {
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> threads;
+  for (const testsupport::ReplyFamily& family : testsupport::kReplyFamilies) {
+    threads.emplace_back([&family, &wrong] {
+      const std::unique_ptr<void, void (*)(void*)> ctx(family.init(), family.deinit);
+      int done = 0;
+      for (int round = 0; round < kRounds; ++round) {
+        wrong += family.reset(ctx.get()) == 1 ? 0 : 1;
+        family.Build(ctx.get(), round % 50, &done);
+        wrong += Serialized(family.serialize, ctx.get()) == family.Fresh(round % 50) ? 0 : 1;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0);
+}
+
+}  // namespace

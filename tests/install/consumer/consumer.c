@@ -3,6 +3,7 @@
  * the platform's OXA_Malloc_F. Exits non-zero on the first unexpected
  * result. */
 #include <gnmi/gnmi_ex.h>
+#include <gnmi/gnmi_stream.h>
 #include <grpci/grpci_ex.h>
 #include <platform/oxa_mem.h>
 #include <stdio.h>
@@ -35,6 +36,8 @@ static void serve_get(void) {
   expect(GNMI_GetRequest_Parse(ctx, malformed, (int)sizeof malformed) == 0,
          "malformed request accepted");
   expect(GNMI_GetRequest_Parse(ctx, request, (int)sizeof request) == 1, "request refused");
+  GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(ctx), 9);
+  expect(GNMI_GetResponse_Reset(ctx) == 1, "Get response not reset");
   GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(ctx), 1);
   expect(GNMI_GetResponse_Serialize(ctx, &out, &outLen) == 1, "Get response not serialized");
   expect(outLen == (int)sizeof response && memcmp(out, response, sizeof response) == 0,
