@@ -6,6 +6,9 @@
 //   mgmtmsg_bench --once=NAME        one warm-up run of workload NAME, then its
 //                                    measured runs inside BenchCollected (for
 //                                    callgrind --toggle-collect=BenchCollected)
+//   mgmtmsg_bench --stream-memory    1,000,000 W3 messages on one context; the
+//                                    memory in use after 1,000 and at the end,
+//                                    as JSON (some seconds: not a CI check)
 // Exit status 1 when the two sides of a workload produce different bytes.
 #include <benchmark/benchmark.h>
 
@@ -17,6 +20,7 @@
 #include "checks.h"
 #include "oxa_mem_host.h"
 #include "registry.h"
+#include "stream_memory.h"
 #include "workloads.h"
 
 // The measured runs of --once; its name is what callgrind collects.
@@ -76,9 +80,9 @@ int Check() {
   std::printf("  ],\n  \"serialize_again\": [\n");
   const auto again = bench::SerializeAgainAllocations();
   for (size_t i = 0; i < again.size(); i++) {
-    std::printf("    {\"call\": \"%s\", \"heap\": %llu, \"platform\": %llu}%s\n",
+    std::printf("    {\"call\": \"%s\", \"heap\": %llu, \"platform\": %llu, \"units\": %d}%s\n",
                 again[i].call.c_str(), static_cast<unsigned long long>(again[i].heap),
-                static_cast<unsigned long long>(again[i].platform),
+                static_cast<unsigned long long>(again[i].platform), again[i].units,
                 i + 1 < again.size() ? "," : "");
   }
   std::printf("  ]\n}\n");
@@ -99,12 +103,26 @@ int Once(const char* name) {
   return 2;
 }
 
+int StreamMemory() {
+  const auto result = bench::MeasureStreamMemory(1000, 1000000);
+  std::printf(
+      "{\"early_messages\": %d, \"messages\": %d,\n"
+      " \"in_use_bytes_early\": %zu, \"in_use_bytes_late\": %zu,\n"
+      " \"resident_kib_early\": %zu, \"resident_kib_late\": %zu}\n",
+      result.earlyMessages, result.messages, result.early.inUseBytes, result.late.inUseBytes,
+      result.early.residentKiB, result.late.residentKiB);
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   BenchDataInit();
   if (argc == 2 && std::strcmp(argv[1], "--check") == 0) {
     return Check();
+  }
+  if (argc == 2 && std::strcmp(argv[1], "--stream-memory") == 0) {
+    return StreamMemory();
   }
   if (argc == 2 && std::strncmp(argv[1], "--once=", 7) == 0) {
     return Once(argv[1] + 7);

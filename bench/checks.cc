@@ -6,6 +6,7 @@
 
 #include "alloc_count.h"
 #include "gnmi/gnmi_ex.h"
+#include "gnmi/gnmi_stream.h"
 #include "grpci/grpci_ex.h"
 #include "oxa_mem_host.h"
 #include "registry.h"
@@ -65,9 +66,9 @@ AllocationResult Measure(const std::string& call, const std::function<void()>& a
 AllocationResult StreamSerializations() {
   Owned ctx(GNMI_Subscribe_Init(), GNMI_Subscribe_DeInit);
   AllocationResult total{"GNMI_SubscribeResponse_Serialize over a W3 stream (all 10000 calls)", 0,
-                         0};
+                         0, kStreamMessages};
   for (int m = 0; m < kStreamMessages; m++) {
-    ClearUpdateNotification(ctx.get());
+    GNMI_SubscribeResponse_Reset(ctx.get());
     OursW3Build(ctx.get(), m);
     const AllocationResult one = Measure("", [&] { OursW3Serialize(ctx.get(), nullptr); });
     total.heap += one.heap;
@@ -76,19 +77,45 @@ AllocationResult StreamSerializations() {
   return total;
 }
 
+// Whole replies on a context kept from reply to reply, after as many
+// replies before them: `reply` resets the context, builds and serializes.
+AllocationResult SteadyReplies(const std::string& call, Owned ctx, int before, int measured,
+                               const std::function<void(void*, int)>& reply) {
+  for (int m = 0; m < before; m++) reply(ctx.get(), m);
+  AllocationResult result = Measure(call, [&] {
+    for (int m = before; m < before + measured; m++) reply(ctx.get(), m);
+  });
+  result.units = measured;
+  return result;
+}
+
+// A side run twice, as on an object kept from the first run to the second.
+Side Twice(const Side& side) {
+  return [side](BenchSink* sink) {
+    side(sink);
+    side(sink);
+  };
+}
+
 }  // namespace
 
 std::vector<IdentityResult> CheckIdentity() {
   const BenchText request = DirectW2Request();
   Owned reply(OursW5Build(), GRPCI_SubsReplyDeInit);
   Owned directReply(DirectW5Build(), DirectW5Free);
+  Owned getCtx(GNMI_Get_Init(), GNMI_Get_DeInit);
+  Owned replies(DirectRepliesNew(), DirectRepliesFree);
   return {
       Compare("W1", OursW1, DirectW1),
+      Compare("W1 reset, arena", Twice([&](BenchSink* sink) { OursW1Reset(getCtx.get(), sink); }),
+              Twice([&](BenchSink* sink) { DirectW1Arena(replies.get(), sink); })),
       Compare(
           "W2", [&](BenchSink* sink) { OursW2(request, sink); },
           [&](BenchSink* sink) { DirectW2(request, sink); }),
       Compare(
-          "W3", [](BenchSink* sink) { OursW3(ClearUpdateNotification, sink); }, DirectW3),
+          "W3", [](BenchSink* sink) { OursW3(GNMI_SubscribeResponse_Reset, sink); }, DirectW3Arena),
+      Compare(
+          "W3 cleared", [](BenchSink* sink) { OursW3(ClearUpdateNotification, sink); }, DirectW3),
       CompareFrames("W4_64KiB", 64 * 1024),
       CompareFrames("W4_1MiB", 1024 * 1024),
       Compare(
@@ -113,6 +140,13 @@ std::vector<AllocationResult> SerializeAgainAllocations() {
       Measure("GNMI_SubscribeResponse_Serialize again (W3 context)",
               [&] { OursW3Serialize(subscribe.get(), nullptr); }),
       StreamSerializations(),
+      SteadyReplies(
+          "W3 messages at steady state, 1000 after 1000: reset, build, serialize",
+          Owned(GNMI_Subscribe_Init(), GNMI_Subscribe_DeInit), 1000, 1000,
+          [](void* ctx, int m) { OursW3Message(GNMI_SubscribeResponse_Reset, ctx, m, nullptr); }),
+      SteadyReplies("W1 responses on one Get context, 10 after 10: reset, build, serialize",
+                    Owned(GNMI_Get_Init(), GNMI_Get_DeInit), 10, 10,
+                    [](void* ctx, int) { OursW1Reset(ctx, nullptr); }),
       Measure("GRPCI_SouthMsgSerialize again (1 MiB rpc_data) + OXA_Free_F",
               [&] { OursW4(south.get(), nullptr); }),
       Measure("GRPCI_SubsReplySerialize again (4 KiB message) + OXA_Free_F",

@@ -26,11 +26,13 @@ struct AllocationResult {
   std::string call;   // what was measured
   uint64_t heap;      // heap allocations, platform blocks not included
   uint64_t platform;  // OXA_Malloc_F calls
+  int units = 1;      // calls or replies measured
 };
 
 // Allocations of our serializers when they run again on a context or message
-// that has been serialized before, and of the Subscribe serializer over a
-// whole W3 stream.
+// that has been serialized before, of the Subscribe serializer over a whole
+// W3 stream, and of whole W3 messages and W1 responses at steady state on a
+// context reset before each.
 std::vector<AllocationResult> SerializeAgainAllocations();
 
 }  // namespace bench

@@ -35,6 +35,13 @@ class Buffer {
   size_t capacity_ = 0;
 };
 
+// An Arena and a buffer kept from reply to reply, as a server keeps them per
+// connection or worker.
+struct DirectReplies {
+  google::protobuf::Arena arena;
+  Buffer buffer;
+};
+
 // interfaces / interface[name=ethN] / counters
 void BuildCounterPath(gnmi::Path* path, int n) {
   const BenchText name = BenchEthName(n);
@@ -57,6 +64,26 @@ void AppendCounterUpdate(gnmi::Notification* notification, int n, uint64_t count
   }
 }
 
+// W1's response, into an empty GetResponse.
+void BuildGetResponse(gnmi::GetResponse* response) {
+  gnmi::Notification* notification = response->add_notification();
+  notification->set_timestamp(BenchTimestamp(0));
+  gnmi::Path* prefix = notification->mutable_prefix();
+  prefix->set_origin("openconfig");
+  prefix->add_elem()->set_name("device");
+  for (int n = 0; n < kGetUpdates; n++) {
+    AppendCounterUpdate(notification, n, BenchCounterValue(n));
+  }
+}
+
+// Message m of W3, into an empty notification.
+void BuildStreamMessage(gnmi::Notification* notification, int m) {
+  notification->set_timestamp(BenchTimestamp(m));
+  for (int n = 0; n < kStreamUpdates; n++) {
+    AppendCounterUpdate(notification, n, BenchCounterValue(m + n));
+  }
+}
+
 size_t ReadText(const std::string& text, BenchSink* sink) {
   BenchHand(sink, text.data(), text.size());
   return static_cast<unsigned char>(text[0]);
@@ -70,15 +97,19 @@ size_t ReadText(const std::string& text, BenchSink* sink) {
 size_t DirectW1(BenchSink* sink) {
   Buffer buffer;
   gnmi::GetResponse response;
-  gnmi::Notification* notification = response.add_notification();
-  notification->set_timestamp(BenchTimestamp(0));
-  gnmi::Path* prefix = notification->mutable_prefix();
-  prefix->set_origin("openconfig");
-  prefix->add_elem()->set_name("device");
-  for (int n = 0; n < kGetUpdates; n++) {
-    AppendCounterUpdate(notification, n, BenchCounterValue(n));
-  }
+  BuildGetResponse(&response);
   return buffer.Encode(response, sink);
+}
+
+void* DirectRepliesNew(void) { return new DirectReplies; }
+void DirectRepliesFree(void* replies) { delete static_cast<DirectReplies*>(replies); }
+
+size_t DirectW1Arena(void* replies, BenchSink* sink) {
+  auto* kept = static_cast<DirectReplies*>(replies);
+  kept->arena.Reset();
+  auto* response = google::protobuf::Arena::CreateMessage<gnmi::GetResponse>(&kept->arena);
+  BuildGetResponse(response);
+  return kept->buffer.Encode(*response, sink);
 }
 
 BenchText DirectW2Request(void) {
@@ -118,11 +149,21 @@ size_t DirectW3(BenchSink* sink) {
   for (int m = 0; m < kStreamMessages; m++) {
     gnmi::Notification* notification = response.mutable_update();
     notification->Clear();
-    notification->set_timestamp(BenchTimestamp(m));
-    for (int n = 0; n < kStreamUpdates; n++) {
-      AppendCounterUpdate(notification, n, BenchCounterValue(m + n));
-    }
+    BuildStreamMessage(notification, m);
     produced += buffer.Encode(response, sink);
+  }
+  return produced;
+}
+
+size_t DirectW3Arena(BenchSink* sink) {
+  DirectReplies replies;
+  size_t produced = 0;
+  for (int m = 0; m < kStreamMessages; m++) {
+    replies.arena.Reset();
+    auto* response =
+        google::protobuf::Arena::CreateMessage<gnmi::SubscribeResponse>(&replies.arena);
+    BuildStreamMessage(response->mutable_update(), m);
+    produced += replies.buffer.Encode(*response, sink);
   }
   return produced;
 }

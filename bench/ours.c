@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include "gnmi/gnmi_ex.h"
+#include "gnmi/gnmi_stream.h"
 #include "grpci/grpci_ex.h"
 #include "oxa_mem.h"
 #include "workloads.h"
@@ -29,8 +30,8 @@ static void AppendCounterUpdate(void* notification, int n, uint64_t counter) {
   }
 }
 
-void* OursW1Build(void) {
-  void* ctx = GNMI_Get_Init();
+/* W1's response, built into the Get context's (empty) response. */
+static void BuildGetResponse(void* ctx) {
   void* notification = GNMI_GetResponse_AppendNotification(ctx);
   void* prefix = GNMI_Notification_AddPrefix(notification);
   int n;
@@ -41,6 +42,11 @@ void* OursW1Build(void) {
   for (n = 0; n < kGetUpdates; n++) {
     AppendCounterUpdate(notification, n, BenchCounterValue(n));
   }
+}
+
+void* OursW1Build(void) {
+  void* ctx = GNMI_Get_Init();
+  BuildGetResponse(ctx);
   return ctx;
 }
 
@@ -64,6 +70,14 @@ size_t OursW1(BenchSink* sink) {
   size_t produced = OursW1Serialize(ctx, sink);
   GNMI_Get_DeInit(ctx);
   return produced;
+}
+
+size_t OursW1Reset(void* getCtx, BenchSink* sink) {
+  if (!GNMI_GetResponse_Reset(getCtx)) {
+    return 0;
+  }
+  BuildGetResponse(getCtx);
+  return OursW1Serialize(getCtx, sink);
 }
 
 static size_t ReadText(const char* text, BenchSink* sink) {
@@ -118,14 +132,20 @@ size_t OursW3Serialize(void* ctx, BenchSink* sink) {
   return SerializeResponse(GNMI_SubscribeResponse_Serialize, ctx, sink);
 }
 
-size_t OursW3(BenchClearFn clear, BenchSink* sink) {
+size_t OursW3Message(BenchStartFn start, void* ctx, int m, BenchSink* sink) {
+  if (!start(ctx)) {
+    return 0;
+  }
+  OursW3Build(ctx, m);
+  return OursW3Serialize(ctx, sink);
+}
+
+size_t OursW3(BenchStartFn start, BenchSink* sink) {
   void* ctx = GNMI_Subscribe_Init();
   size_t produced = 0;
   int m;
   for (m = 0; m < kStreamMessages; m++) {
-    clear(ctx);
-    OursW3Build(ctx, m);
-    produced += OursW3Serialize(ctx, sink);
+    produced += OursW3Message(start, ctx, m, sink);
   }
   GNMI_Subscribe_DeInit(ctx);
   return produced;

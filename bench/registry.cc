@@ -2,7 +2,9 @@
 
 #include <memory>
 
+#include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_rpc.h"
+#include "gnmi/gnmi_stream.h"
 #include "grpci/grpci_ex.h"
 
 namespace bench {
@@ -32,14 +34,23 @@ std::vector<Workload> MakeWorkloads() {
   const BenchText setRequest = DirectW2Request();
   auto oursReply = std::make_shared<Owned>(OursW5Build(), GRPCI_SubsReplyDeInit);
   auto directReply = std::make_shared<Owned>(DirectW5Build(), DirectW5Free);
+  auto getCtx = std::make_shared<Owned>(GNMI_Get_Init(), GNMI_Get_DeInit);
+  auto directReplies = std::make_shared<Owned>(DirectRepliesNew(), DirectRepliesFree);
   std::vector<Workload> workloads = {
       {"W1/ours", "response", 1, 10, [] { return OursW1(nullptr); }},
+      {"W1/ours_reset", "response", 1, 10,
+       [getCtx] { return OursW1Reset(getCtx->get(), nullptr); }},
       {"W1/direct", "response", 1, 10, [] { return DirectW1(nullptr); }},
+      {"W1/direct_arena", "response", 1, 10,
+       [directReplies] { return DirectW1Arena(directReplies->get(), nullptr); }},
       {"W2/ours", "request", 1, 50, [setRequest] { return OursW2(setRequest, nullptr); }},
       {"W2/direct", "request", 1, 50, [setRequest] { return DirectW2(setRequest, nullptr); }},
       {"W3/ours", "message", kStreamMessages, 1,
+       [] { return OursW3(GNMI_SubscribeResponse_Reset, nullptr); }},
+      {"W3/ours_cleared", "message", kStreamMessages, 1,
        [] { return OursW3(ClearUpdateNotification, nullptr); }},
       {"W3/direct", "message", kStreamMessages, 1, [] { return DirectW3(nullptr); }},
+      {"W3/direct_arena", "message", kStreamMessages, 1, [] { return DirectW3Arena(nullptr); }},
   };
   AddFrame(workloads, "W4_64KiB", kSmallFrame);
   AddFrame(workloads, "W4_1MiB", kLargeFrame);
@@ -58,8 +69,9 @@ const std::vector<Workload>& Workloads() {
   return workloads;
 }
 
-void ClearUpdateNotification(void* subscribeCtx) {
+int ClearUpdateNotification(void* subscribeCtx) {
   static_cast<GnmiRpcSubscribe*>(subscribeCtx)->GetResponse_()->mutable_update()->Clear();
+  return 1;
 }
 
 size_t SouthFrameBytes(uint32_t payloadBytes) { return DirectW4Frame(payloadBytes, nullptr); }

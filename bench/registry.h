@@ -24,9 +24,10 @@ struct Workload {
 // and kept until the program ends.
 const std::vector<Workload>& Workloads();
 
-// Empties the update notification of a Subscribe context through the
-// library's exported context class.
-void ClearUpdateNotification(void* subscribeCtx);
+// Empties the update notification of a Subscribe context on the heap,
+// through the library's exported context class: the W3 of before the reset
+// entry points, kept as the reference of W3/ours. Returns 1.
+int ClearUpdateNotification(void* subscribeCtx);
 
 // The size of W4's frame for a payload of `payloadBytes`.
 size_t SouthFrameBytes(uint32_t payloadBytes);

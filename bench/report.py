@@ -8,17 +8,47 @@ import re
 import subprocess
 import sys
 
-# (workload, our side, the reference side, what one run is)
+# (workload, its sides, the pairs of sides whose profiles are compared, what one run is)
 WORKLOADS = [
-    ("W1", "ours", "direct", "one Get response of 1000 updates: fresh context, built, serialized, destroyed"),
-    ("W2", "ours", "direct", "one Set request of 100 updates: parsed into a fresh context and walked"),
-    ("W3", "ours", "direct", "one Subscribe stream of 10,000 messages of 50 updates on one context"),
-    ("W4_64KiB", "ours", "memcpy", "one IPC frame of a SouthMsg with 64 KiB of rpc_data, then freed"),
-    ("W4_1MiB", "ours", "memcpy", "one IPC frame of a SouthMsg with 1 MiB of rpc_data, then freed"),
-    ("W5", "ours", "direct", "10,000 serializations of a dial-in SubsReply with a 4 KiB message"),
+    ("W1", ["ours", "ours_reset", "direct", "direct_arena"],
+     [("ours", "direct"), ("ours_reset", "direct_arena")],
+     "one Get response of 1000 updates"),
+    ("W2", ["ours", "direct"], [("ours", "direct")],
+     "one Set request of 100 updates: parsed into a fresh context and walked"),
+    ("W3", ["ours", "ours_cleared", "direct", "direct_arena"], [("ours", "direct_arena")],
+     "one Subscribe stream of 10,000 messages of 50 updates on one context"),
+    ("W4_64KiB", ["ours", "memcpy"], [],
+     "one IPC frame of a SouthMsg with 64 KiB of rpc_data, then freed"),
+    ("W4_1MiB", ["ours", "memcpy"], [],
+     "one IPC frame of a SouthMsg with 1 MiB of rpc_data, then freed"),
+    ("W5", ["ours", "direct"], [],
+     "10,000 serializations of a dial-in SubsReply with a 4 KiB message"),
 ]
-TIME_LIMIT = {"W1": 1.05, "W2": 1.05, "W3": 1.05, "W4_1MiB": 1.2}
-INSTRUCTION_LIMIT = {"W1": 1.03, "W2": 1.03, "W3": 1.03}
+# (side, reference side, limit): time at most limit times the reference's.
+TIME_LIMIT = [
+    ("W1/ours", "W1/direct", 1.05),
+    ("W1/ours_reset", "W1/direct", 0.6),
+    ("W1/ours_reset", "W1/direct_arena", 1.05),
+    ("W2/ours", "W2/direct", 1.05),
+    ("W3/ours", "W3/ours_cleared", 0.75),
+    ("W3/ours", "W3/direct_arena", 1.05),
+    ("W3/ours_cleared", "W3/direct", 1.05),
+    ("W4_1MiB/ours", "W4_1MiB/memcpy", 1.2),
+]
+# The same for the instructions counted under callgrind.
+INSTRUCTION_LIMIT = [
+    ("W1/ours", "W1/direct", 1.03),
+    ("W1/ours_reset", "W1/direct", 0.6),
+    ("W1/ours_reset", "W1/direct_arena", 1.03),
+    ("W2/ours", "W2/direct", 1.03),
+    ("W3/ours", "W3/ours_cleared", 0.75),
+    ("W3/ours", "W3/direct_arena", 1.03),
+    ("W3/ours_cleared", "W3/direct", 1.03),
+]
+# Heap allocations of a W3 message at steady state: its 25 JSON values'
+# characters, longer than the inline string size.
+STEADY_W3_HEAP_LIMIT = 25
+STREAM_MEMORY_LIMIT = 1 << 20  # bytes, between 1,000 and 1,000,000 messages
 ANNOTATE_LINE = re.compile(r"^\s*([\d,]+)\s+\(\s*[\d.]+%\)\s+(.+)$")
 
 
@@ -47,7 +77,10 @@ def load(results):
         (results / name).read_text().strip().split("load average:")[-1].strip()
         for name in ("load-before", "load-after")
     ]
-    return timing, instructions, json.loads((results / "check.json").read_text()), machine, load_avg
+    memory = results / "memory.json"
+    memory = json.loads(memory.read_text()) if memory.exists() else None
+    check = json.loads((results / "check.json").read_text())
+    return timing, instructions, check, memory, machine, load_avg
 
 
 def exclusive_costs(profile):
@@ -84,25 +117,20 @@ def microseconds(entry, key):
     return entry[key] * scale
 
 
-def workload_table(name, ours, reference, timing, instructions):
-    o, r = timing[f"{name}/{ours}"], timing[f"{name}/{reference}"]
-    oi, ri = instructions[f"{name}/{ours}"], instructions[f"{name}/{reference}"]
-    unit = o.get("label", "unit: run").split("unit: ")[-1]
+def workload_table(name, sides, timing, instructions):
+    entries = [(timing[f"{name}/{side}"], instructions[f"{name}/{side}"]) for side in sides]
+    unit = entries[0][0].get("label", "unit: run").split("unit: ")[-1]
     rows = [
-        ("time, median CPU", microseconds(o, "cpu_time"), microseconds(r, "cpu_time"), seconds_text),
-        ("time, median wall", microseconds(o, "real_time"), microseconds(r, "real_time"), seconds_text),
-        ("CPU time spread (coefficient of variation)", 100 * o.get("cpu_cv", 0), 100 * r.get("cpu_cv", 0),
-         lambda v: f"{v:.1f} %"),
-        ("instructions per run", oi["per_run"], ri["per_run"], lambda v: f"{v:,.0f}"),
-        (f"heap allocations per {unit}", o["heap_allocs_per_unit"], r["heap_allocs_per_unit"],
-         lambda v: f"{v:,.2f}"),
-        (f"platform allocations per {unit}", o["platform_allocs_per_unit"],
-         r["platform_allocs_per_unit"], lambda v: f"{v:,.2f}"),
+        ("time, median CPU", lambda t, i: seconds_text(microseconds(t, "cpu_time"))),
+        ("time, median wall", lambda t, i: seconds_text(microseconds(t, "real_time"))),
+        ("CPU time spread (coefficient of variation)", lambda t, i: f"{100 * t.get('cpu_cv', 0):.1f} %"),
+        ("instructions per run", lambda t, i: f"{i['per_run']:,.0f}"),
+        (f"heap allocations per {unit}", lambda t, i: f"{t['heap_allocs_per_unit']:,.2f}"),
+        (f"platform allocations per {unit}", lambda t, i: f"{t['platform_allocs_per_unit']:,.2f}"),
     ]
-    lines = [f"| | ours | {reference} | ratio |", "|---|---:|---:|---:|"]
-    for label, a, b, fmt in rows:
-        shown = f"{ratio(a, b):.3f}" if b and "spread" not in label else "—"
-        lines.append(f"| {label} | {fmt(a)} | {fmt(b)} | {shown} |")
+    lines = ["| | " + " | ".join(sides) + " |", "|---|" + "---:|" * len(sides)]
+    for label, fmt in rows:
+        lines.append(f"| {label} | " + " | ".join(fmt(t, i) for t, i in entries) + " |")
     return lines
 
 
@@ -122,7 +150,7 @@ def profile_lines(name, ours, reference, instructions):
         "The generated classes' inline accessors run inside libmgmtmsg on our side and inside",
         "mgmtmsg_bench on the direct side, so those two rows move together; their sum is what counts.",
         "",
-        f"| object | ours | {reference} | ours − {reference} |",
+        f"| object | {ours} | {reference} | {ours} − {reference} |",
         "|---|---:|---:|---:|",
     ]
     for obj in sorted(set(mine_objects) | set(their_objects), key=lambda o: -mine_objects.get(o, 0)):
@@ -137,22 +165,22 @@ def profile_lines(name, ours, reference, instructions):
         "The functions where ours spends the most more (code inlined into an entry point is",
         "counted in the entry point, on the direct side in the caller it was inlined into):",
         "",
-        f"| ours − {reference} per run | function |",
+        f"| {ours} − {reference} per run | function |",
         "|---:|---|",
     ]
     lines += [f"| {diff:+,.0f} | `{function[:120]}` ({obj}) |" for diff, (function, obj) in diffs[:6] if diff > 0]
     return lines
 
 
-def goals(timing, instructions, check):
+def goals(timing, instructions, check, memory):
     rows = []
-    for name, limit in TIME_LIMIT.items():
-        reference = "memcpy" if name.startswith("W4") else "direct"
-        value = ratio(timing[f"{name}/ours"]["cpu_time"], timing[f"{name}/{reference}"]["cpu_time"])
-        rows.append((f"{name}: time at most {limit}x {reference}", f"{value:.3f}x", value <= limit))
-    for name, limit in INSTRUCTION_LIMIT.items():
-        value = ratio(instructions[f"{name}/ours"]["per_run"], instructions[f"{name}/direct"]["per_run"])
-        rows.append((f"{name}: instructions at most {limit}x direct", f"{value:.4f}x", value <= limit))
+    for side, reference, limit in TIME_LIMIT:
+        value = ratio(timing[side]["cpu_time"], timing[reference]["cpu_time"])
+        rows.append((f"{side}: time at most {limit}x {reference}", f"{value:.3f}x", value <= limit))
+    for side, reference, limit in INSTRUCTION_LIMIT:
+        value = ratio(instructions[side]["per_run"], instructions[reference]["per_run"])
+        rows.append((f"{side}: instructions at most {limit}x {reference}", f"{value:.4f}x",
+                     value <= limit))
     for entry in check["serialize_again"]:
         if "again" in entry["call"]:
             rows.append((f"{entry['call']}: no heap allocation", f"{entry['heap']} heap",
@@ -161,14 +189,23 @@ def goals(timing, instructions, check):
             rows.append(("GRPCI_SouthMsgSerialize: exactly one platform allocation, no heap allocation",
                          f"{entry['platform']} platform, {entry['heap']} heap",
                          entry["platform"] == 1 and entry["heap"] == 0))
+        if entry["call"].startswith("W3 messages at steady state"):
+            per_message = entry["heap"] / entry["units"]
+            rows.append((f"W3 at steady state: at most {STEADY_W3_HEAP_LIMIT} heap allocations per message",
+                         f"{per_message:.2f}", per_message <= STEADY_W3_HEAP_LIMIT))
+    if memory:
+        growth = memory["in_use_bytes_late"] - memory["in_use_bytes_early"]
+        rows.append((f"W3 stream: memory in use after {memory['messages']:,} messages within 1 MiB of "
+                     f"after {memory['early_messages']:,}", f"{growth:+,} bytes",
+                     abs(growth) <= STREAM_MEMORY_LIMIT))
     return rows
 
 
 def main():
     results = pathlib.Path(sys.argv[1])
-    timing, instructions, check, machine, load_avg = load(results)
+    timing, instructions, check, memory, machine, load_avg = load(results)
     repetitions = next(iter(timing.values()))["repetitions"]
-    goal_rows = goals(timing, instructions, check)
+    goal_rows = goals(timing, instructions, check, memory)
     out = [
         "# Performance",
         "",
@@ -221,12 +258,21 @@ def main():
         "  allocation of the library, the protobuf runtime and `operator new` is counted. The host",
         "  substitute of the device memory manager takes its blocks from `malloc`; those are counted",
         "  as platform allocations (`OxaHost_Stats`) and not as heap allocations.",
-        "- W3: the C interface rebuilds the update notification but cannot clear it (by design: the",
-        "  caller rebuilds it), so between messages the harness clears it through the exported",
-        "  context class (`static_cast<GnmiRpcSubscribe*>(ctx)->GetResponse_()->mutable_update()->Clear()`);",
-        "  the direct side clears its own notification the same way. Both serialize into a buffer",
-        "  reused from message to message, which grows to the exact size when a message is longer",
-        "  than every one before.",
+        "- W1 has four sides: `ours`, a fresh Get context per response (Init, build, Serialize,",
+        "  DeInit); `ours_reset`, one Get context kept from response to response, its response",
+        "  emptied by `GNMI_GetResponse_Reset` before each; `direct`, a fresh `GetResponse` on the",
+        "  heap with a fresh output buffer; `direct_arena`, one `google::protobuf::Arena` (default",
+        "  options) and one output buffer kept from response to response, the arena `Reset()` and",
+        "  a new `GetResponse` created on it for each.",
+        "- W3 has four sides: `ours` streams as a C caller does (`GNMI_SubscribeResponse_Reset`,",
+        "  build 50 updates, Serialize; all from `bench/ours.c`); `ours_cleared` is the W3 of before",
+        "  the reset entry points, kept as the reference of the first: between messages the harness",
+        "  clears the notification on the heap through the exported context class",
+        "  (`static_cast<GnmiRpcSubscribe*>(ctx)->GetResponse_()->mutable_update()->Clear()`),",
+        "  which a C caller cannot do; `direct` clears its own notification on the heap the same",
+        "  way; `direct_arena` resets an Arena (default options) per message and creates the",
+        "  response on it. Every side serializes into a buffer reused from message to message, which",
+        "  grows to the exact size when a message is longer than every one before.",
         "- The direct side is written as a careful C++ user would: `mutable_`/`add_` accessors,",
         "  string data assigned into the field's own string, the size computed once with",
         "  `ByteSizeLong` and the encoder run on the cached sizes (`SerializeWithCachedSizesToArray`)",
@@ -242,11 +288,12 @@ def main():
         "",
         "## Workloads",
     ]
-    for name, ours, reference, what in WORKLOADS:
+    for name, sides, pairs, what in WORKLOADS:
         out += ["", f"### {name}: {what}", ""]
-        out += workload_table(name, ours, reference, timing, instructions)
-        if name in INSTRUCTION_LIMIT:
-            out += [""] + profile_lines(name, ours, reference, instructions)
+        out += workload_table(name, sides, timing, instructions)
+        for ours, reference in pairs:
+            out += ["", f"#### {name}: {ours} against {reference}", ""]
+            out += profile_lines(name, ours, reference, instructions)
     out += [
         "",
         "## Serializing again",
@@ -255,12 +302,30 @@ def main():
         "of the same content), and of the Subscribe serializer alone over a whole W3 stream, where",
         "the context's buffer grows to the exact size whenever a message is longer than every one",
         "before (the counters' varints lengthen as the stream goes on); the direct side's buffer",
-        "grows the same way.",
+        "grows the same way. Then whole replies on a context kept from reply to reply (reset, build,",
+        "Serialize) once as many have gone before: what remains on the heap is the characters of the",
+        "JSON values (25 per W3 message, 500 per W1 response).",
         "",
         "| call | heap allocations | platform allocations |",
         "|---|---:|---:|",
     ]
     out += [f"| {e['call']} | {e['heap']} | {e['platform']} |" for e in check["serialize_again"]]
+    if memory:
+        out += [
+            "",
+            "## A long stream",
+            "",
+            f"`mgmtmsg_bench --stream-memory`: {memory['messages']:,} W3 messages on one Subscribe context",
+            "(reset, build, Serialize), with the C allocator's bytes in use (`mallinfo2`) and the",
+            "resident set after the first messages and at the end.",
+            "",
+            "| after | bytes in use | resident set |",
+            "|---|---:|---:|",
+            f"| {memory['early_messages']:,} messages | {memory['in_use_bytes_early']:,} | "
+            f"{memory['resident_kib_early']:,} KiB |",
+            f"| {memory['messages']:,} messages | {memory['in_use_bytes_late']:,} | "
+            f"{memory['resident_kib_late']:,} KiB |",
+        ]
     out += [
         "",
         "## Byte checks",

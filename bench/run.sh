@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Builds the benchmarks in build-bench, runs them and regenerates
 # docs/performance.md: byte checks and allocations of repeated serializations
-# (--check), median times over repeated runs (Google Benchmark), instruction
-# counts of each side run alone under callgrind, and the machine it ran on.
+# (--check), the memory of a long stream (--stream-memory), median times over
+# repeated runs (Google Benchmark), instruction counts of each side run alone
+# under callgrind, and the machine it ran on.
 #   bench/run.sh                 everything (a few minutes)
 # Environment: JOBS (build jobs, default 2), REPETITIONS (default 40),
 # MIN_TIME (seconds per repetition, default 0.1), OUT (results directory,
@@ -26,6 +27,9 @@ mkdir -p "$out/callgrind"
 
 echo "== byte checks and allocations"
 "$bin" --check >"$out/check.json"
+
+echo "== memory of a stream of 1,000,000 W3 messages"
+"$bin" --stream-memory >"$out/memory.json"
 
 echo "== timing: $repetitions repetitions of ${min_time}s, interleaved"
 uptime >"$out/load-before"

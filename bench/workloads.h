@@ -56,9 +56,9 @@ static inline void BenchHand(BenchSink* sink, const void* bytes, size_t len) {
 /* The memory owner id passed to the GRPCI_ serializers. */
 enum { kBenchOwnerId = 0x4d47 };
 
-/* Clears the update notification of a Subscribe context between messages:
- * the C interface rebuilds a notification but cannot empty it. */
-typedef void (*BenchClearFn)(void* subscribeCtx);
+/* Starts the next message of a Subscribe stream with an empty update
+ * response: 1, or 0 when it could not. */
+typedef int (*BenchStartFn)(void* subscribeCtx);
 
 /* ---- Through the C entry points (ours.c) ----
  * Every workload returns a number made of what it produced (byte counts) or
@@ -67,11 +67,17 @@ typedef void (*BenchClearFn)(void* subscribeCtx);
 size_t OursW1(BenchSink* sink);
 void* OursW1Build(void);
 size_t OursW1Serialize(void* ctx, BenchSink* sink);
+/* W1 on a Get context kept from request to request: reset, build, serialize. */
+size_t OursW1Reset(void* getCtx, BenchSink* sink);
 
 /* W2 reads the SetRequest encoded by DirectW2Request. */
 size_t OursW2(BenchText request, BenchSink* sink);
 
-size_t OursW3(BenchClearFn clear, BenchSink* sink);
+/* W3 on a fresh Subscribe context, each message started by `start`
+ * (GNMI_SubscribeResponse_Reset, as a C caller streams), built, serialized. */
+size_t OursW3(BenchStartFn start, BenchSink* sink);
+/* Message m of a W3 stream on ctx: started by `start`, built, serialized. */
+size_t OursW3Message(BenchStartFn start, void* ctx, int m, BenchSink* sink);
 void OursW3Build(void* ctx, int m);
 size_t OursW3Serialize(void* ctx, BenchSink* sink);
 
@@ -83,10 +89,17 @@ size_t OursW5(void* reply, int runs, BenchSink* sink);
 
 /* ---- With the generated classes (direct.cc), same shapes ---- */
 size_t DirectW1(BenchSink* sink);
+/* An Arena and an output buffer kept from reply to reply. */
+void* DirectRepliesNew(void);
+void DirectRepliesFree(void* replies);
+/* W1 on the kept Arena, reset per response. */
+size_t DirectW1Arena(void* replies, BenchSink* sink);
 /* The SetRequest of W2, encoded once; valid until the program ends. */
 BenchText DirectW2Request(void);
 size_t DirectW2(BenchText request, BenchSink* sink);
 size_t DirectW3(BenchSink* sink);
+/* W3 on one Arena, reset per message. */
+size_t DirectW3Arena(BenchSink* sink);
 /* W4's reference: the frame's bytes copied into a preallocated buffer. */
 size_t DirectW4Copy(void* to, const void* from, size_t frameBytes);
 /* The same frame built by the generated classes, for the byte check only. */

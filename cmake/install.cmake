@@ -1,4 +1,4 @@
-# Installation: the shared library, its three public C headers under
+# Installation: the shared library, its public C headers under
 # include/mgmtmsg/, a CMake package (find_package(mgmtmsg) gives the imported
 # target mgmtmsg::mgmtmsg) and a pkg-config file. Both package files locate
 # the prefix relative to themselves, so an installed tree can be moved.
@@ -10,7 +10,7 @@ set(MGMTMSG_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/mgmtmsg)
 set(MGMTMSG_INSTALL_PKGCONFIGDIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(TARGETS mgmtmsg LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-foreach(header IN ITEMS gnmi/gnmi_ex.h grpci/grpci_ex.h platform/oxa_mem.h)
+foreach(header IN ITEMS gnmi/gnmi_ex.h gnmi/gnmi_stream.h grpci/grpci_ex.h platform/oxa_mem.h)
   get_filename_component(subdir ${header} DIRECTORY)
   install(FILES ${PROJECT_SOURCE_DIR}/${header}
           DESTINATION ${MGMTMSG_INSTALL_INCLUDEDIR}/${subdir})

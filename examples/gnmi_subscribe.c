@@ -1,12 +1,15 @@
 /* One gNMI Subscribe exchange: a STREAM subscription's bytes in, read field
  * by field; an update carrying the current value of every subscribed path,
- * then the sync response that closes the initial data; the replies' bytes out. */
+ * then the sync response that closes the initial data, then two more updates
+ * of the stream, each built from an empty response after a reset; the
+ * replies' bytes out. */
 #include <inttypes.h>
 #include <stdint.h>
 #include <stdio.h>
 
 #include "exchanges.h"
 #include "gnmi/gnmi_ex.h"
+#include "gnmi/gnmi_stream.h"
 #include "gnmi_common.h"
 #include "hexdump.h"
 
@@ -38,6 +41,9 @@ static const char* const kValues[] = {"{\"in-octets\":\"81275\",\"out-octets\":\
                                       "\"UP\""};
 
 static const int64_t kTimestamp = INT64_C(1700000000000000000);
+/* The stream's period: 10 s, in nanoseconds. */
+static const int64_t kPeriod = INT64_C(10000000000);
+enum { kStreamMessages = 3 };
 
 static void PrintRequest(void* ctx) {
   void* prefix = GNMI_SubscribeRequest_GetPrefix(ctx);
@@ -56,14 +62,14 @@ static void PrintRequest(void* ctx) {
   }
 }
 
-/* The initial data: one notification, under the request's prefix, with an
- * update per subscription. */
-static void BuildUpdate(void* ctx) {
+/* Stream message m (0: the initial data): one notification, under the
+ * request's prefix, with an update per subscription. */
+static void BuildUpdate(void* ctx, int m) {
   void* prefix = GNMI_SubscribeRequest_GetPrefix(ctx);
   void* notification = GNMI_SubscribeResponse_GetNotification(ctx);
   char text[256];
   int i;
-  GNMI_Notification_SetTimestamp(notification, kTimestamp);
+  GNMI_Notification_SetTimestamp(notification, kTimestamp + m * kPeriod);
   if (prefix != NULL) {
     GnmiCopyPath(prefix, GNMI_Notification_AddPrefix(notification));
   }
@@ -86,18 +92,25 @@ int RunGnmiSubscribe(void) {
   int ok = ctx != NULL &&
            GNMI_SubscribeRequest_Parse(ctx, kSubscribeRequest, (int)sizeof kSubscribeRequest) &&
            GNMI_SubscribeRequest_HasSubscribe(ctx);
+  int m;
 
   PrintBytes("gNMI Subscribe request bytes", kSubscribeRequest, sizeof kSubscribeRequest);
   if (ok) {
     PrintRequest(ctx);
-    BuildUpdate(ctx);
-    ok = GnmiSendReply("gNMI Subscribe update bytes", GNMI_SubscribeResponse_Serialize, ctx);
   }
-  if (ok) {
-    GNMI_SubscribeRequest_SyncResponse(ctx, 1);
-    printf("gNMI Subscribe sync response: the initial data is complete\n");
-    ok = GnmiSendReply("gNMI Subscribe sync response bytes", GNMI_SubscribeSyncResponse_Serialize,
-                       ctx);
+  /* Each message of the stream starts from an empty update response. */
+  for (m = 0; ok && m < kStreamMessages; m++) {
+    ok = GNMI_SubscribeResponse_Reset(ctx);
+    if (ok) {
+      BuildUpdate(ctx, m);
+      ok = GnmiSendReply("gNMI Subscribe update bytes", GNMI_SubscribeResponse_Serialize, ctx);
+    }
+    if (ok && m == 0) {
+      GNMI_SubscribeRequest_SyncResponse(ctx, 1);
+      printf("gNMI Subscribe sync response: the initial data is complete\n");
+      ok = GnmiSendReply("gNMI Subscribe sync response bytes", GNMI_SubscribeSyncResponse_Serialize,
+                         ctx);
+    }
   }
   if (!ok) {
     printf("gNMI Subscribe: no context, or the request could not be parsed or answered\n");

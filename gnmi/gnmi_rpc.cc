@@ -52,7 +52,7 @@ GnmiRpcSubscribe::GnmiRpcSubscribe(std::string path, gnmi::SubscribeRequest* req
 
 GnmiRpcSubscribe::~GnmiRpcSubscribe() {
   delete request_;
-  delete response_;
+  ResponseArena::Delete(response_);
   delete syncResponse_;
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "gnmi/gnmi.pb.h"
+#include "gnmi/response_arena.h"
 
 class MGMTMSG_EXPORT GnmiRpcBase {
  public:
@@ -65,7 +66,7 @@ class MGMTMSG_EXPORT GnmiRpcUnary : public GnmiRpcBase {
   }
   ~GnmiRpcUnary() override {
     delete request_;
-    delete response_;
+    ResponseArena::Delete(response_);
   }
   int GnmiParseRpcRequest(const void* data, int len) override {
     return ParseRequest(request_, data, len);
@@ -73,9 +74,14 @@ class MGMTMSG_EXPORT GnmiRpcUnary : public GnmiRpcBase {
   int GnmiSerializeRpcResponse(void** out, int* outLen) override {
     return SerializeToBuffer(*response_, kAllocation, out, outLen);
   }
+  // Empties the response, moving it into the context's arena (see ResponseArena).
+  int ResetResponse() { return responseArena_.Reset(&response_); }
 
   Request* request_;
   Response* response_;
+
+ private:
+  ResponseArena responseArena_;
 };
 
 class MGMTMSG_EXPORT GnmiRpcCapability final
@@ -111,6 +117,8 @@ class MGMTMSG_EXPORT GnmiRpcSubscribe final : public GnmiRpcBase {
   int GnmiSerializeRpcResponse(void** out, int* outLen) override;
   int GnmiSerializeRpcSyncResponse(void** out, int* outLen);
   int GnmiSerializeRpcResponse_(gnmi::SubscribeResponse* msg, void** out, int* outLen);
+  // Empties the update response; the request and the sync response stay.
+  int ResetResponse() { return responseArena_.Reset(&response_); }
 
   gnmi::SubscribeRequest* GetRequest_() const { return request_; }
   gnmi::SubscribeResponse* GetResponse_() const { return response_; }
@@ -120,6 +128,7 @@ class MGMTMSG_EXPORT GnmiRpcSubscribe final : public GnmiRpcBase {
   gnmi::SubscribeRequest* request_;
   gnmi::SubscribeResponse* response_;
   gnmi::SubscribeResponse* syncResponse_;
+  ResponseArena responseArena_;
 };
 
 #endif

@@ -18,6 +18,7 @@
 #include "quorix-grpc-dialin.pb.h"
 #include "quorix-grpc-ipc.pb.h"
 #include "support/oxa_blocks.h"
+#include "support/reply_families.h"
 
 namespace allocfault {
 
@@ -367,6 +368,47 @@ TEST(AllocFaultCalls, EveryAllocationFailsInTurnWithTheDocumentedOutcomeAndNoLea
       failures += k;
     }
     EXPECT_GT(failures, 0) << "no allocation to fail";
+  }
+}
+
+// A reset and the first build after it, each allocation failing in turn.
+
+// The reply on the heap, or (`grown`) on an arena that outgrew its first
+// block. Only a first reset returns 0, when its first block cannot be had; a
+// grown arena keeps its block when a larger one cannot be had.
+TEST(AllocFaultReset, EachAllocationOfAResetAndTheBuildAfterItFailsInTurn) {
+  constexpr int kSteps = 200;  // more than an arena's first block holds
+  for (const testsupport::ReplyFamily& c : testsupport::kReplyFamilies) {
+    for (const bool grown : {false, true}) {
+      bool fired = true;
+      for (int64_t k = 0; fired && k < 256; ++k) {
+        SCOPED_TRACE(std::to_string(k) + (grown ? ", grown arena" : ", heap"));
+        const int64_t live = allocfault::Live();
+        {
+          const std::unique_ptr<void, void (*)(void*)> ctx(c.init(), c.deinit);
+          int done = 0;
+          EXPECT_EQ(grown ? c.reset(ctx.get()) : 1, 1);  // a fresh context's first reset
+          c.Build(ctx.get(), grown ? 3 * kSteps : kSteps, &done);
+          const std::string before = testsupport::Serialized(c.serialize, ctx.get());
+          int result = -1;
+          allocfault::FailAfter(k);
+          try {
+            result = c.reset(ctx.get());
+            if (result == 1) c.Build(ctx.get(), kSteps, &done);
+          } catch (const std::bad_alloc&) {
+            EXPECT_EQ(result, 1);  // from the build, not the reset
+          }
+          allocfault::Disarm();
+          fired = allocfault::Fired();
+          EXPECT_EQ(result, fired && k == 0 && !grown ? 0 : 1);
+          EXPECT_EQ(k == 0 && grown ? done : kSteps, kSteps);  // the reset had the failure
+          EXPECT_EQ(testsupport::Serialized(c.serialize, ctx.get()),
+                    result == 0 ? before : c.Fresh(done));
+        }
+        EXPECT_EQ(allocfault::Live(), live) << "leak";
+      }
+      EXPECT_FALSE(fired) << "still failing";
+    }
   }
 }
 

@@ -17,8 +17,12 @@
 #include "quorix-grpc-ipc.pb.h"
 #include "support/gnmi_access.h"
 #include "support/oxa_blocks.h"
+#include "support/reply_families.h"
 
 namespace {
+
+constexpr int kThreads = 4;
+constexpr int kRounds = 2000;
 
 using testsupport::Make;
 using testsupport::Serialized;
@@ -149,8 +153,6 @@ int WrongExchanges(const std::vector<Exchange>& exchanges) {
 }
 
 TEST(Concurrency, ThreadsRunningWholeRpcsOnTheirOwnObjectsGetTheirExactBytes) {
-  constexpr int kThreads = 4;
-  constexpr int kRounds = 2000;
   std::vector<std::vector<Exchange>> exchanges(kThreads);
   for (int thread = 0; thread < kThreads; ++thread) exchanges[thread] = ExchangesOf(thread);
   const uint32_t blocks = OxaHost_Stats().liveBlocks;
@@ -165,6 +167,26 @@ TEST(Concurrency, ThreadsRunningWholeRpcsOnTheirOwnObjectsGetTheirExactBytes) {
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(wrong, 0);
   EXPECT_EQ(OxaHost_Stats().liveBlocks, blocks);
+}
+
+// A stream of replies on each thread, from one context reset before each.
+
+TEST(Concurrency, ThreadsResettingTheirOwnContextsGetEachReplyExactly) {
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> threads;
+  for (const testsupport::ReplyFamily& family : testsupport::kReplyFamilies) {
+    threads.emplace_back([&family, &wrong] {
+      const std::unique_ptr<void, void (*)(void*)> ctx(family.init(), family.deinit);
+      int done = 0;
+      for (int round = 0; round < kRounds; ++round) {
+        wrong += family.reset(ctx.get()) == 1 ? 0 : 1;
+        family.Build(ctx.get(), round % 50, &done);
+        wrong += Serialized(family.serialize, ctx.get()) == family.Fresh(round % 50) ? 0 : 1;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0);
 }
 
 }  // namespace

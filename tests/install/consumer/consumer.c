@@ -2,6 +2,7 @@
 // one gNMI Get RPC and frames one south IPC message, whose block comes from
 // the platform's OXA_Malloc_F. Exits non-zero on any unexpected result.
 #include <gnmi/gnmi_ex.h>
+#include <gnmi/gnmi_stream.h>
 #include <grpci/grpci_ex.h>
 #include <platform/oxa_mem.h>
 #include <stdio.h>
@@ -24,9 +25,11 @@ int main(void) {
   int ok = ctx != NULL && msg != NULL && GNMI_GetRequest_Parse(ctx, malformed, 3) == 0 &&
            GNMI_GetRequest_Parse(ctx, request, 4) == 1;
   if (ok) {
+    GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(ctx), 9);
+    ok = GNMI_GetResponse_Reset(ctx) == 1;
     GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(ctx), 1);
     GRPCI_SouthMsgSetRpcId(msg, 7);
-    ok = GNMI_GetResponse_Serialize(ctx, &out, &outLen) == 1 && outLen == 4 &&
+    ok = ok && GNMI_GetResponse_Serialize(ctx, &out, &outLen) == 1 && outLen == 4 &&
          memcmp(out, response, 4) == 0 &&
          GRPCI_SouthMsgSerialize(1, msg, (void**)&frame, &frameLen) == 1 && frameLen == 6 &&
          memcmp(frame, &length, 4) == 0 && memcmp(frame + 4, body, 2) == 0;
