@@ -31,13 +31,12 @@ using mgmtmsg::As;
 using testsupport::Make;
 using testsupport::SerializeWith;
 using namespace std::string_literals;
-namespace ipc = quorix_grpc_ipc;
-using ipc::ClientRpc;
-using ipc::RpcData;
-using ipc::ServerRpc;
-using ipc::SouthMsg;
 using quorix_dialin::CancelReply;
 using quorix_dialin::SubsReply;
+using quorix_grpc_ipc::ClientRpc;
+using quorix_grpc_ipc::RpcData;
+using quorix_grpc_ipc::ServerRpc;
+using quorix_grpc_ipc::SouthMsg;
 
 // The IPC frame's length word, in host byte order.
 std::string Word(uint32_t length) { return std::string(reinterpret_cast<char*>(&length), 4); }
@@ -91,7 +90,10 @@ TEST_F(PlatformBlocks, HoldTheEncodingFramedOrWithASpareByteFromTheEntryPointsSi
     EXPECT_NE(block.block, nullptr);
     EXPECT_EQ(block.Bytes(), bytes);
     EXPECT_EQ(OxaHost_Stats().mallocCalls, 1u);
-    EXPECT_EQ(testsupport::LastMalloc(), std::make_tuple(ownerId, 7, size, module, line));
+    const OxaHostCall call = OxaHost_Stats().lastMalloc;
+    EXPECT_EQ(
+        std::make_tuple(call.ownerId, call.partition, call.size, std::string(call.file), call.line),
+        std::make_tuple(ownerId, 7, size, module, line));
     EXPECT_EQ(SerializeWith(serialize, 1, msg.get()).Bytes(), bytes);  // the message kept
   }
 }
