@@ -1,5 +1,5 @@
-// Moving gNMI messages in and out of a context through its Parse and
-// Serialize entry points, and writing them in text format.
+// Writing messages in text format, and reading a context's response
+// through its Serialize entry point.
 #ifndef MGMTMSG_TESTS_SUPPORT_GNMI_ACCESS_H
 #define MGMTMSG_TESTS_SUPPORT_GNMI_ACCESS_H
 
@@ -11,13 +11,6 @@
 #include "support/owned.h"
 
 namespace testsupport {
-
-// Encodes `request` with the message runtime and parses it into the context.
-template <class Message>
-bool ParseInto(int (*parse)(void*, const void*, int), void* ctx, const Message& request) {
-  const std::string bytes = request.SerializeAsString();
-  return parse(ctx, bytes.data(), static_cast<int>(bytes.size())) == 1;
-}
 
 // A message written in the message runtime's text format.
 template <class Message>

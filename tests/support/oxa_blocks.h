@@ -39,13 +39,6 @@ inline Block SerializeWith(Serializer serialize, uint32_t ownerId, void* message
   return serialized;
 }
 
-// The last OXA_Malloc_F call: owner, partition, size, file and line.
-inline std::tuple<uint32_t, int, uint32_t, std::string, uint32_t> LastMalloc() {
-  const OxaHostCall call = OxaHost_Stats().lastMalloc;
-  return {call.ownerId, call.partition, call.size, call.file != nullptr ? call.file : "",
-          call.line};
-}
-
 class OxaTest : public ::testing::Test {
  protected:
   void SetUp() override { OxaHost_Reset(); }
