@@ -91,7 +91,7 @@ TEST(GnmiRpc, ParseReplacesTheRequestOrSetsStatusThreeAndDispatchesByClass) {
   EXPECT_EQ(get->request_->ByteSizeLong(), 0u);
   EXPECT_EQ(get->GetParseStatus_(), 0);
   EXPECT_EQ(GNMI_GetRequest_Parse(ctx.get(), "\x12\x05\x12", 3), 0);  // cut short
-  EXPECT_EQ(get->GetParseStatus_(), 3);  // the parse status word
+  EXPECT_EQ(get->GetParseStatus_(), 3);                               // the parse status word
 
   // Another family's entry points on a Get context parse a GetRequest, which
   // leaves the status as it was, and serialize the Get response.
