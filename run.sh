@@ -91,7 +91,7 @@ stage_docs() {
 # timeout or out-of-memory report fails it. Corpora, logs and crash inputs
 # stay in build-asan/fuzz-run.
 fuzz_harnesses=(capability_request get_request set_request subscribe_request south_msg subs_args
-  cancel_args)
+  cancel_args path_text)
 fuzz_one() {
   local name=$1 dir=build-asan/fuzz-run/$1
   mkdir -p "$dir/corpus" "$dir/artifacts"

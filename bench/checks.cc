@@ -82,6 +82,8 @@ std::vector<IdentityResult> CheckIdentity() {
   const BenchText request = DirectW2Request();
   Owned reply(OursW5Build(), GRPCI_SubsReplyDeInit);
   Owned directReply(DirectW5Build(), DirectW5Free);
+  void* paths[kGetUpdates];
+  Owned pathsCtx(OursPathsBuild(paths), GNMI_Get_DeInit);
   return {
       Compare("W1", OursW1, DirectW1),
       Compare(
@@ -94,6 +96,10 @@ std::vector<IdentityResult> CheckIdentity() {
       Compare(
           "W5", [&](BenchSink* sink) { OursW5(reply.get(), 10, sink); },
           [&](BenchSink* sink) { DirectW5(directReply.get(), 10, sink); }),
+      Compare("Paths_FromText", OursPathsFromText, OursPathsByElement),
+      Compare(
+          "Paths_ToText", [&](BenchSink* sink) { OursPathsToText(paths, sink); },
+          [&](BenchSink* sink) { PrinterPathsToText(paths, sink); }),
   };
 }
 

@@ -1,7 +1,9 @@
 #include "registry.h"
 
+#include <array>
 #include <memory>
 
+#include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_rpc.h"
 #include "grpci/grpci_ex.h"
 
@@ -28,6 +30,25 @@ void AddFrame(std::vector<Workload>& workloads, const std::string& label, uint32
                        }});
 }
 
+// Paths as text: read against built element by element, and written against
+// the example's former printer from paths kept for the program's lifetime.
+void AddPaths(std::vector<Workload>& workloads) {
+  struct Kept {
+    Owned ctx{nullptr, GNMI_Get_DeInit};
+    std::array<void*, kGetUpdates> paths{};
+  };
+  auto kept = std::make_shared<Kept>();
+  kept->ctx.reset(OursPathsBuild(kept->paths.data()));
+  workloads.push_back(
+      {"Paths_FromText/ours", "path", kGetUpdates, 10, [] { return OursPathsFromText(nullptr); }});
+  workloads.push_back({"Paths_FromText/elements", "path", kGetUpdates, 10,
+                       [] { return OursPathsByElement(nullptr); }});
+  workloads.push_back({"Paths_ToText/ours", "path", kGetUpdates, 10,
+                       [kept] { return OursPathsToText(kept->paths.data(), nullptr); }});
+  workloads.push_back({"Paths_ToText/printer", "path", kGetUpdates, 10,
+                       [kept] { return PrinterPathsToText(kept->paths.data(), nullptr); }});
+}
+
 std::vector<Workload> MakeWorkloads() {
   const BenchText setRequest = DirectW2Request();
   auto oursReply = std::make_shared<Owned>(OursW5Build(), GRPCI_SubsReplyDeInit);
@@ -48,6 +69,7 @@ std::vector<Workload> MakeWorkloads() {
   workloads.push_back({"W5/direct", "serialization", kReplyRuns, 1, [directReply] {
                          return DirectW5(directReply->get(), kReplyRuns, nullptr);
                        }});
+  AddPaths(workloads);
   return workloads;
 }
 

@@ -7,6 +7,7 @@
 
 #include "exchanges.h"
 #include "gnmi/gnmi_ex.h"
+#include "gnmi/gnmi_path.h"
 #include "gnmi_common.h"
 #include "hexdump.h"
 
@@ -65,7 +66,7 @@ static void BuildUpdate(void* ctx) {
   int i;
   GNMI_Notification_SetTimestamp(notification, kTimestamp);
   if (prefix != NULL) {
-    GnmiCopyPath(prefix, GNMI_Notification_AddPrefix(notification));
+    GNMI_Path_CopyFrom(GNMI_Notification_AddPrefix(notification), prefix);
   }
   printf("gNMI Subscribe update at %" PRId64 " under %s:\n",
          GNMI_Notification_GetTimestamp(notification),

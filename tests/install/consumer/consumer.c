@@ -1,8 +1,9 @@
 /* Uses the installed library as the device's control software does: serves
- * one gNMI Get RPC and frames one south IPC message, whose block comes from
- * the platform's OXA_Malloc_F. Exits non-zero on the first unexpected
- * result. */
+ * one gNMI Get RPC, whose update path is read from its text, and frames one
+ * south IPC message, whose block comes from the platform's OXA_Malloc_F.
+ * Exits non-zero on the first unexpected result. */
 #include <gnmi/gnmi_ex.h>
+#include <gnmi/gnmi_path.h>
 #include <grpci/grpci_ex.h>
 #include <platform/oxa_mem.h>
 #include <stdio.h>
@@ -22,8 +23,10 @@ static void serve_get(void) {
   static const unsigned char request[] = {0x18, 0x02, 0x28, 0x04};
   /* A length-delimited field cut short. */
   static const unsigned char malformed[] = {0x12, 0x05, 0x12};
-  /* GetResponse: one notification (field 1) with timestamp 1. */
-  static const unsigned char response[] = {0x0a, 0x02, 0x08, 0x01};
+  /* GetResponse: one notification (field 1) with timestamp 1 and prefix /a. */
+  static const unsigned char response[] = {0x0a, 0x09, 0x08, 0x01, 0x12, 0x05,
+                                           0x1a, 0x03, 0x0a, 0x01, 'a'};
+  void* notification;
   void* out = NULL;
   int outLen = -1;
   void* ctx = GNMI_Get_Init();
@@ -35,7 +38,10 @@ static void serve_get(void) {
   expect(GNMI_GetRequest_Parse(ctx, malformed, (int)sizeof malformed) == 0,
          "malformed request accepted");
   expect(GNMI_GetRequest_Parse(ctx, request, (int)sizeof request) == 1, "request refused");
-  GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(ctx), 1);
+  notification = GNMI_GetResponse_AppendNotification(ctx);
+  GNMI_Notification_SetTimestamp(notification, 1);
+  expect(GNMI_Path_FromString(GNMI_Notification_AddPrefix(notification), "a", 1, NULL) == 1,
+         "path text refused");
   expect(GNMI_GetResponse_Serialize(ctx, &out, &outLen) == 1, "Get response not serialized");
   expect(outLen == (int)sizeof response && memcmp(out, response, sizeof response) == 0,
          "Get response bytes differ");
