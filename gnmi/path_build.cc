@@ -22,7 +22,8 @@ bool TableGrowsAt(size_t size) {
 
 // Elements whose key table failed to grow. The runtime's map is then left
 // with a bucket count that its table does not have, and destroying it would
-// run past the table: such elements stay here, reachable, for good.
+// run past the table: such elements stay here, reachable, for good (beyond
+// the first 64 they are only left allocated).
 constexpr size_t kKeptMax = 64;
 std::atomic<gnmi::PathElem*> kept[kKeptMax];
 std::atomic<size_t> keptCount{0};
