@@ -426,7 +426,6 @@ TEST(AllocFaultPaths, EveryAllocationFailsInTurnLeavingThePathAsItWas) {
       keptElements += left > 0 ? 1 : 0;
     }
     EXPECT_LT(k, kAllocationLimit) << "still failing";
-    EXPECT_GT(k, 4);
     EXPECT_LE(keptElements, 2);
   }
 }

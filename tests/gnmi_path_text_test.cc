@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "gnmi/gnmi.pb.h"
 #include "gnmi/gnmi_path.h"
@@ -27,11 +29,8 @@ std::string Text(gnmi::Path path) {
 }
 
 TEST(GnmiPathText, ReadsTheConventionAndWritesItBackCanonicalKeepingTheTarget) {
-  const struct {
-    const char* text;
-    const char* path;  // text format
-    const char* canonical;
-  } cases[] = {
+  // text, the path it makes (in text format), its canonical text
+  const std::tuple<const char*, const char*, const char*> cases[] = {
       {"/interfaces/interface[name=eth0]/state",
        R"(elem{name:"interfaces"} elem{name:"interface" key{key:"name" value:"eth0"}}
           elem{name:"state"})",
@@ -55,15 +54,15 @@ TEST(GnmiPathText, ReadsTheConventionAndWritesItBackCanonicalKeepingTheTarget) {
        R"(origin:"o x" elem{name:"a/b[]\\\t" key{key:"k=[]\\ " value:"v]\\=[/ "}} elem{name:"c"})",
        R"(o\ x:/a\/b\[\]\\\	[k\=\[\]\\\ =v\]\\=[/ ]/c)"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
+  for (const auto& [text, made, canonical] : cases) {
+    SCOPED_TRACE(text);
     const gnmi::Path path =
-        Read(c.text, FromText<gnmi::Path>(R"(origin:"old" elem{name:"old"} target:"r1")"));
-    gnmi::Path expected = FromText<gnmi::Path>(c.path);
+        Read(text, FromText<gnmi::Path>(R"(origin:"old" elem{name:"old"} target:"r1")"));
+    gnmi::Path expected = FromText<gnmi::Path>(made);
     expected.set_target("r1");
     EXPECT_TRUE(MessageDifferencer::Equals(path, expected)) << path.DebugString();
-    EXPECT_EQ(Text(path), c.canonical);
-    EXPECT_TRUE(MessageDifferencer::Equals(Read(c.canonical, path), path));
+    EXPECT_EQ(Text(path), canonical);
+    EXPECT_TRUE(MessageDifferencer::Equals(Read(canonical, path), path));
   }
   gnmi::Path empty = Read("/a");
   EXPECT_EQ(GNMI_Path_FromString(&empty, nullptr, 0, nullptr), 1);
@@ -71,10 +70,8 @@ TEST(GnmiPathText, ReadsTheConventionAndWritesItBackCanonicalKeepingTheTarget) {
 }
 
 TEST(GnmiPathText, BadTextIsRefusedWhereItGoesWrongAndLeavesThePathAlone) {
-  const struct {
-    const char* text;
-    uint32_t errorAt;
-  } cases[] = {
+  const std::pair<std::string, uint32_t> cases[] = {
+      // text, offset of the error
       {"/a//b", 3},  {"/a/[k=v]", 3},     {"//", 1},        {"/a[k]", 4},  {"/a[k", 4},
       {"/a[=v]", 3}, {"/a[k[x=v]", 4},    {"/a[k x=v]", 4}, {"/a b", 2},   {"/a\tb", 2},
       {"/a]", 2},    {"/a[k=v]]", 7},     {"/a[k=v]x", 7},  {"/a[k=v", 6}, {"/a[k=v\\]", 8},
@@ -82,13 +79,12 @@ TEST(GnmiPathText, BadTextIsRefusedWhereItGoesWrongAndLeavesThePathAlone) {
   };
   const gnmi::Path before =
       FromText<gnmi::Path>(R"(origin:"o" elem{name:"keep" key{key:"k" value:"v"}} target:"r1")");
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
+  for (const auto& [text, errorAt] : cases) {
+    SCOPED_TRACE(text);
     gnmi::Path path = before;
-    const std::string text = c.text;
     uint32_t at = 99;
     EXPECT_EQ(GNMI_Path_FromString(&path, text.data(), text.size(), &at), 0);
-    EXPECT_EQ(at, c.errorAt);
+    EXPECT_EQ(at, errorAt);
     EXPECT_EQ(GNMI_Path_FromString(&path, text.data(), text.size(), nullptr), 0);
     EXPECT_TRUE(MessageDifferencer::Equals(path, before));
   }
@@ -105,11 +101,8 @@ TEST(GnmiPathText, ToStringSizesAndCutsLikeSnprintf) {
 }
 
 TEST(GnmiPathCovers, PatternsWithWildcardsEllipsesKeysAndOrigins) {
-  const struct {
-    const char* pattern;
-    const char* path;
-    int covers;
-  } cases[] = {
+  const std::tuple<const char*, const char*, int> cases[] = {
+      // pattern, path, covers
       {"/a/b", "/a/b/c", 1},
       {"/a/b/c", "/a/b", 0},
       {"/a/*/c", "/a/x[k=v]/c/d", 1},
@@ -128,12 +121,12 @@ TEST(GnmiPathCovers, PatternsWithWildcardsEllipsesKeysAndOrigins) {
       {"oc:/a", "/a", 0},
       {"oc:/a", "oc:/a/b", 1},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.pattern) + " over " + c.path);
-    gnmi::Path pattern = Read(c.pattern);
-    gnmi::Path path = Read(c.path);
+  for (const auto& [patternText, pathText, covers] : cases) {
+    SCOPED_TRACE(std::string(patternText) + " over " + pathText);
+    gnmi::Path pattern = Read(patternText);
+    gnmi::Path path = Read(pathText);
     path.set_target("elsewhere");
-    EXPECT_EQ(GNMI_Path_Covers(&pattern, &path), c.covers);
+    EXPECT_EQ(GNMI_Path_Covers(&pattern, &path), covers);
   }
 }
 

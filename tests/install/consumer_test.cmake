@@ -1,7 +1,6 @@
 # Installs the built project into a staging prefix, then builds the consumer
-# program out of tree against it twice and runs both builds: through the CMake
-# package with the consumer's own platform (platform.c), and through
-# pkg-config with the installed host kit (mgmtmsg-oxa-host) as the platform.
+# program out of tree against it twice, through the CMake package (with its
+# own platform.c) and through pkg-config (with the host kit), and runs both.
 #   cmake -DBUILD_DIR=... -DLIBDIR=lib -DCONSUMER_DIR=... -DWORK_DIR=... -DC_COMPILER=...
 #         -DPKG_CONFIG=... [-DGENERATOR=...] [-DTOOLCHAIN_ARGS=-D...|-D...]
 #         [-DEMULATOR=cmd|arg...] [-DEXTRA_FLAGS=flag|flag...]
@@ -64,8 +63,7 @@ run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${package_build} ${find_args}
 run(${CMAKE_COMMAND} --build ${package_build})
 run_consumer(${package_build}/consumer)
 
-# Through pkg-config, with nothing but the staged prefix on its search path,
-# the host kit standing in for the device's memory manager.
+# Through pkg-config, with nothing but the staged prefix on its search path.
 execute_process(
   COMMAND ${CMAKE_COMMAND} -E env PKG_CONFIG_PATH= PKG_CONFIG_LIBDIR=${stage}/${LIBDIR}/pkgconfig
           ${PKG_CONFIG} --cflags --libs mgmtmsg mgmtmsg-oxa-host
