@@ -105,6 +105,8 @@ std::vector<IdentityResult> CheckIdentity() {
   Owned directReply(DirectW5Build(), DirectW5Free);
   Owned getCtx(GNMI_Get_Init(), GNMI_Get_DeInit);
   Owned replies(DirectRepliesNew(), DirectRepliesFree);
+  void* paths[kGetUpdates];
+  Owned pathsCtx(OursPathsBuild(paths), GNMI_Get_DeInit);
   return {
       Compare("W1", OursW1, DirectW1),
       Compare("W1 reset, arena", Twice([&](BenchSink* sink) { OursW1Reset(getCtx.get(), sink); }),
@@ -121,6 +123,10 @@ std::vector<IdentityResult> CheckIdentity() {
       Compare(
           "W5", [&](BenchSink* sink) { OursW5(reply.get(), 10, sink); },
           [&](BenchSink* sink) { DirectW5(directReply.get(), 10, sink); }),
+      Compare("Paths_FromText", OursPathsFromText, OursPathsByElement),
+      Compare(
+          "Paths_ToText", [&](BenchSink* sink) { OursPathsToText(paths, sink); },
+          [&](BenchSink* sink) { PrinterPathsToText(paths, sink); }),
   };
 }
 

@@ -9,20 +9,22 @@
 #include "oxa_mem.h"
 #include "workloads.h"
 
-/* interfaces / interface[name=ethN] / counters, valued with the 48-byte JSON
- * text for even n and a counter for odd n. */
-static void AppendCounterUpdate(void* notification, int n, uint64_t counter) {
-  void* update = GNMI_Notification_AppendUpdate(notification);
-  void* path = GNMI_Update_SetPath(update);
-  void* value = GNMI_Update_SetVal(update);
+void BenchBuildCounterPath(void* path, int n) {
   BenchText name = BenchEthName(n);
   void* elem;
-
   GNMI_PathElem_SetName(GNMI_Path_AppendPathElem(path), "interfaces", 10);
   elem = GNMI_Path_AppendPathElem(path);
   GNMI_PathElem_SetName(elem, "interface", 9);
   GNMI_PathElem_AppendKey(elem, "name", 4, name.data, name.len);
   GNMI_PathElem_SetName(GNMI_Path_AppendPathElem(path), "counters", 8);
+}
+
+/* The counter path of n, valued with the 48-byte JSON text for even n and a
+ * counter for odd n. */
+static void AppendCounterUpdate(void* notification, int n, uint64_t counter) {
+  void* update = GNMI_Notification_AppendUpdate(notification);
+  void* value = GNMI_Update_SetVal(update);
+  BenchBuildCounterPath(GNMI_Update_SetPath(update), n);
   if (n % 2 == 0) {
     GNMI_TypedValue_SetJsonIetfVal(value, kBenchJsonValue.data, kBenchJsonValue.len);
   } else {
@@ -50,8 +52,7 @@ void* OursW1Build(void) {
   return ctx;
 }
 
-/* Serializes a gNMI context's response and hands the bytes to the sink. */
-static size_t SerializeResponse(int (*serialize)(void*, void**, int*), void* ctx, BenchSink* sink) {
+size_t BenchSerializeResponse(int (*serialize)(void*, void**, int*), void* ctx, BenchSink* sink) {
   void* out;
   int len;
   if (!serialize(ctx, &out, &len)) {
@@ -62,7 +63,7 @@ static size_t SerializeResponse(int (*serialize)(void*, void**, int*), void* ctx
 }
 
 size_t OursW1Serialize(void* ctx, BenchSink* sink) {
-  return SerializeResponse(GNMI_GetResponse_Serialize, ctx, sink);
+  return BenchSerializeResponse(GNMI_GetResponse_Serialize, ctx, sink);
 }
 
 size_t OursW1(BenchSink* sink) {
@@ -129,7 +130,7 @@ void OursW3Build(void* ctx, int m) {
 }
 
 size_t OursW3Serialize(void* ctx, BenchSink* sink) {
-  return SerializeResponse(GNMI_SubscribeResponse_Serialize, ctx, sink);
+  return BenchSerializeResponse(GNMI_SubscribeResponse_Serialize, ctx, sink);
 }
 
 size_t OursW3Message(BenchStartFn start, void* ctx, int m, BenchSink* sink) {

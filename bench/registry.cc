@@ -1,5 +1,6 @@
 #include "registry.h"
 
+#include <array>
 #include <memory>
 
 #include "gnmi/gnmi_ex.h"
@@ -28,6 +29,25 @@ void AddFrame(std::vector<Workload>& workloads, const std::string& label, uint32
   workloads.push_back({label + "/memcpy", "frame", 1, 10, [from, to, frameBytes] {
                          return DirectW4Copy(to->data(), from->data(), frameBytes);
                        }});
+}
+
+// Paths as text: read against built element by element, and written against
+// the example's former printer from paths kept for the program's lifetime.
+void AddPaths(std::vector<Workload>& workloads) {
+  struct Kept {
+    Owned ctx{nullptr, GNMI_Get_DeInit};
+    std::array<void*, kGetUpdates> paths{};
+  };
+  auto kept = std::make_shared<Kept>();
+  kept->ctx.reset(OursPathsBuild(kept->paths.data()));
+  workloads.push_back(
+      {"Paths_FromText/ours", "path", kGetUpdates, 10, [] { return OursPathsFromText(nullptr); }});
+  workloads.push_back({"Paths_FromText/elements", "path", kGetUpdates, 10,
+                       [] { return OursPathsByElement(nullptr); }});
+  workloads.push_back({"Paths_ToText/ours", "path", kGetUpdates, 10,
+                       [kept] { return OursPathsToText(kept->paths.data(), nullptr); }});
+  workloads.push_back({"Paths_ToText/printer", "path", kGetUpdates, 10,
+                       [kept] { return PrinterPathsToText(kept->paths.data(), nullptr); }});
 }
 
 std::vector<Workload> MakeWorkloads() {
@@ -59,6 +79,7 @@ std::vector<Workload> MakeWorkloads() {
   workloads.push_back({"W5/direct", "serialization", kReplyRuns, 1, [directReply] {
                          return DirectW5(directReply->get(), kReplyRuns, nullptr);
                        }});
+  AddPaths(workloads);
   return workloads;
 }
 

@@ -1,6 +1,8 @@
 /* The benchmark workloads, each written twice: through the library's C entry
- * points (ours.c, compiled as C as the device's software is) and with the
- * generated message classes used directly (direct.cc). Both sides take the
+ * points (ours.c and paths.c, compiled as C as the device's software is) and
+ * with the generated message classes used directly (direct.cc), or for paths
+ * as text, against building them element by element and the example's former
+ * printer (printer.c). Both sides take the
  * same inputs (workload_data.c) and must hand the same bytes to their sink. */
 #ifndef MGMTMSG_BENCH_WORKLOADS_H
 #define MGMTMSG_BENCH_WORKLOADS_H
@@ -33,6 +35,8 @@ typedef struct BenchText {
 void BenchDataInit(void);
 /* "ethN", for N below kGetUpdates. */
 BenchText BenchEthName(int n);
+/* "/interfaces/interface[name=ethN]/counters": W1's update path n as text. */
+BenchText BenchCounterPathText(int n);
 /* A 48-byte JSON object: the value of every even-numbered update. */
 extern const BenchText kBenchJsonValue;
 /* The uint_val of odd-numbered update n. */
@@ -86,6 +90,30 @@ size_t OursW4(void* southMsg, BenchSink* sink);
 
 void* OursW5Build(void);
 size_t OursW5(void* reply, int runs, BenchSink* sink);
+
+/* interfaces / interface[name=ethN] / counters, W1's update path n, built
+ * into an empty path element by element. */
+void BenchBuildCounterPath(void* path, int n);
+/* Serializes a gNMI context's response and hands the bytes to the sink.
+ * Returns their count, 0 when Serialize fails. */
+size_t BenchSerializeResponse(int (*serialize)(void*, void**, int*), void* ctx, BenchSink* sink);
+
+/* ---- Paths as text (paths.c), against building element by element and the
+ * example's former path printer (printer.c) ----
+ * W1's update paths built into the updates of a fresh Get response (then
+ * destroyed) from their text, or element by element; the sink, when given,
+ * gets the response's bytes. */
+size_t OursPathsFromText(BenchSink* sink);
+size_t OursPathsByElement(BenchSink* sink);
+/* A Get context holding W1's update paths, whose handles go to `paths`. */
+void* OursPathsBuild(void* paths[kGetUpdates]);
+/* Every path written as text into one buffer, the texts handed to the sink:
+ * by GNMI_Path_ToString, or by the former printer. */
+size_t OursPathsToText(void* const paths[kGetUpdates], BenchSink* sink);
+size_t PrinterPathsToText(void* const paths[kGetUpdates], BenchSink* sink);
+/* The former printer: the path's text, cut to size bytes with its NUL, and
+ * the length written. */
+size_t BenchPrinterPathText(void* path, char* text, size_t size);
 
 /* ---- With the generated classes (direct.cc), same shapes ---- */
 size_t DirectW1(BenchSink* sink);

@@ -1,7 +1,9 @@
 # Installation: the shared library, its public C headers under
 # include/mgmtmsg/, a CMake package (find_package(mgmtmsg) gives the imported
-# target mgmtmsg::mgmtmsg) and a pkg-config file. Both package files locate
-# the prefix relative to themselves, so an installed tree can be moved.
+# target mgmtmsg::mgmtmsg) and a pkg-config file; and the host kit, the host
+# substitute of the device memory manager (mgmtmsg::oxa_host in the same
+# package, pkg-config module mgmtmsg-oxa-host). The package files locate the
+# prefix relative to themselves, so an installed tree can be moved.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -9,18 +11,23 @@ set(MGMTMSG_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/mgmtmsg)
 set(MGMTMSG_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/mgmtmsg)
 set(MGMTMSG_INSTALL_PKGCONFIGDIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(TARGETS mgmtmsg LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-foreach(header IN ITEMS gnmi/gnmi_ex.h gnmi/gnmi_stream.h grpci/grpci_ex.h platform/oxa_mem.h)
+install(TARGETS mgmtmsg oxa_mem_host LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+foreach(header IN ITEMS gnmi/gnmi_ex.h gnmi/gnmi_stream.h gnmi/gnmi_path.h grpci/grpci_ex.h
+                        platform/oxa_mem.h platform/oxa_mem_host.h)
   get_filename_component(subdir ${header} DIRECTORY)
   install(FILES ${PROJECT_SOURCE_DIR}/${header}
           DESTINATION ${MGMTMSG_INSTALL_INCLUDEDIR}/${subdir})
 endforeach()
 
-# The installed library's file name and soname, for the imported target.
-set(MGMTMSG_LIBRARY_SONAME
-    ${CMAKE_SHARED_LIBRARY_PREFIX}mgmtmsg${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION_MAJOR})
-set(MGMTMSG_LIBRARY_FILE
-    ${CMAKE_SHARED_LIBRARY_PREFIX}mgmtmsg${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION})
+# The installed libraries' file names and sonames, for the imported targets.
+foreach(library IN ITEMS mgmtmsg mgmtmsg-oxa-host)
+  string(TOUPPER ${library} var)
+  string(REPLACE "-" "_" var ${var})
+  set(${var}_LIBRARY_SONAME
+      ${CMAKE_SHARED_LIBRARY_PREFIX}${library}${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION_MAJOR})
+  set(${var}_LIBRARY_FILE
+      ${CMAKE_SHARED_LIBRARY_PREFIX}${library}${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION})
+endforeach()
 
 set(_mgmtmsg_package_dir ${PROJECT_BINARY_DIR}/package)
 configure_package_config_file(
@@ -35,5 +42,8 @@ install(FILES ${_mgmtmsg_package_dir}/mgmtmsgConfig.cmake
 
 file(RELATIVE_PATH MGMTMSG_PKGCONFIG_TO_PREFIX /prefix/${MGMTMSG_INSTALL_PKGCONFIGDIR} /prefix)
 string(REGEX REPLACE "/$" "" MGMTMSG_PKGCONFIG_TO_PREFIX ${MGMTMSG_PKGCONFIG_TO_PREFIX})
-configure_file(${PROJECT_SOURCE_DIR}/cmake/mgmtmsg.pc.in ${_mgmtmsg_package_dir}/mgmtmsg.pc @ONLY)
-install(FILES ${_mgmtmsg_package_dir}/mgmtmsg.pc DESTINATION ${MGMTMSG_INSTALL_PKGCONFIGDIR})
+foreach(module IN ITEMS mgmtmsg mgmtmsg-oxa-host)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/${module}.pc.in ${_mgmtmsg_package_dir}/${module}.pc
+                 @ONLY)
+  install(FILES ${_mgmtmsg_package_dir}/${module}.pc DESTINATION ${MGMTMSG_INSTALL_PKGCONFIGDIR})
+endforeach()

@@ -1,17 +1,14 @@
 /* What the example's gNMI exchanges share: printing paths as /a/b[k=v]/c and
- * enumeration values by name, copying paths from a request into a reply, all
+ * enumeration values by name, updates of a path copied from a request, all
  * through the entry points. */
 #ifndef MGMTMSG_EXAMPLES_GNMI_COMMON_H
 #define MGMTMSG_EXAMPLES_GNMI_COMMON_H
 
 #include <stddef.h>
 
-/* Writes the path's elements as /a/b[k=v]/c into text (cut to size bytes,
- * NUL included) and returns text. */
+/* Writes the path's canonical text, /a/b[k=v]/c, into text (cut to size
+ * bytes, NUL included) and returns text. */
 const char* GnmiPathText(void* path, char* text, size_t size);
-
-/* Copies origin, target and elements with their keys into an empty path. */
-void GnmiCopyPath(void* from, void* to);
 
 /* Appends to a notification an update of path holding an IETF JSON value. */
 void GnmiAppendJsonUpdate(void* notification, void* path, const char* json);

@@ -8,6 +8,7 @@
 
 #include "exchanges.h"
 #include "gnmi/gnmi_ex.h"
+#include "gnmi/gnmi_path.h"
 #include "gnmi_common.h"
 #include "hexdump.h"
 
@@ -75,7 +76,7 @@ static void Answer(void* ctx) {
     const char* json = DataAt(GnmiPathText(path, text, sizeof text));
     GNMI_Notification_SetTimestamp(notification, kTimestamp);
     if (prefix != NULL) {
-      GnmiCopyPath(prefix, GNMI_Notification_AddPrefix(notification));
+      GNMI_Path_CopyFrom(GNMI_Notification_AddPrefix(notification), prefix);
     }
     GnmiAppendJsonUpdate(notification, path, json);
     printf("    notification at %" PRId64 ": %s = %s\n",

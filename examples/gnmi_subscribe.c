@@ -10,6 +10,7 @@
 #include "exchanges.h"
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_stream.h"
+#include "gnmi/gnmi_path.h"
 #include "gnmi_common.h"
 #include "hexdump.h"
 
@@ -71,7 +72,7 @@ static void BuildUpdate(void* ctx, int m) {
   int i;
   GNMI_Notification_SetTimestamp(notification, kTimestamp + m * kPeriod);
   if (prefix != NULL) {
-    GnmiCopyPath(prefix, GNMI_Notification_AddPrefix(notification));
+    GNMI_Path_CopyFrom(GNMI_Notification_AddPrefix(notification), prefix);
   }
   printf("gNMI Subscribe update at %" PRId64 " under %s:\n",
          GNMI_Notification_GetTimestamp(notification),

@@ -1,8 +1,9 @@
 /* Host substitute for the device memory manager, for tests, examples and
- * benchmarks. Blocks come from malloc; every call is counted and the last
- * call's arguments are recorded, and the next allocations can be made to
- * fail. Calls from several threads are serialized by one lock, as the
- * device's memory manager may be called from any thread. */
+ * benchmarks, and installed as the host kit (libmgmtmsg-oxa-host) for control
+ * programs built and run on a workstation. Blocks come from malloc; every
+ * call is counted and the last call's arguments are recorded, and the next
+ * allocations can be made to fail. Calls from several threads are serialized
+ * by one lock, as the device's memory manager may be called from any thread. */
 #ifndef MGMTMSG_PLATFORM_OXA_MEM_HOST_H
 #define MGMTMSG_PLATFORM_OXA_MEM_HOST_H
 

@@ -1,6 +1,6 @@
 # Installs the built project into a staging prefix, then builds the consumer
-# program out of tree against it twice, through the CMake package and through
-# pkg-config, and runs both builds.
+# program out of tree against it twice, through the CMake package (with its
+# own platform.c) and through pkg-config (with the host kit), and runs both.
 #   cmake -DBUILD_DIR=... -DLIBDIR=lib -DCONSUMER_DIR=... -DWORK_DIR=... -DC_COMPILER=...
 #         -DPKG_CONFIG=... [-DGENERATOR=...] [-DTOOLCHAIN_ARGS=-D...|-D...]
 #         [-DEMULATOR=cmd|arg...] [-DEXTRA_FLAGS=flag|flag...]
@@ -66,16 +66,16 @@ run_consumer(${package_build}/consumer)
 # Through pkg-config, with nothing but the staged prefix on its search path.
 execute_process(
   COMMAND ${CMAKE_COMMAND} -E env PKG_CONFIG_PATH= PKG_CONFIG_LIBDIR=${stage}/${LIBDIR}/pkgconfig
-          ${PKG_CONFIG} --cflags --libs mgmtmsg
+          ${PKG_CONFIG} --cflags --libs mgmtmsg mgmtmsg-oxa-host
   RESULT_VARIABLE status OUTPUT_VARIABLE pc_flags ERROR_VARIABLE errors
   OUTPUT_STRIP_TRAILING_WHITESPACE)
 if(NOT status EQUAL 0)
-  message(FATAL_ERROR "pkg-config does not know mgmtmsg: ${errors}")
+  message(FATAL_ERROR "pkg-config does not know mgmtmsg or mgmtmsg-oxa-host: ${errors}")
 endif()
 separate_arguments(pc_flags UNIX_COMMAND "${pc_flags}")
 set(pc_program ${WORK_DIR}/pkgconfig/consumer)
 file(MAKE_DIRECTORY ${WORK_DIR}/pkgconfig)
 run(${C_COMPILER} -std=c99 -Wall -Wextra -pedantic -Werror ${EXTRA_FLAGS}
-    ${CONSUMER_DIR}/consumer.c ${CONSUMER_DIR}/platform.c ${pc_flags} ${link_flags}
+    ${CONSUMER_DIR}/consumer.c ${pc_flags} ${link_flags}
     -o ${pc_program})
 run_consumer(${pc_program})

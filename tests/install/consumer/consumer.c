@@ -1,7 +1,9 @@
 // Uses the installed library as the device's control software does: serves
-// one gNMI Get RPC and frames one south IPC message, whose block comes from
-// the platform's OXA_Malloc_F. Exits non-zero on any unexpected result.
+// one gNMI Get RPC, its reply reset once and its prefix read from text, and
+// frames one south IPC message, whose block comes from the platform's
+// OXA_Malloc_F. Exits non-zero on any unexpected result.
 #include <gnmi/gnmi_ex.h>
+#include <gnmi/gnmi_path.h>
 #include <gnmi/gnmi_stream.h>
 #include <grpci/grpci_ex.h>
 #include <platform/oxa_mem.h>
@@ -10,14 +12,16 @@
 
 int main(void) {
   // GetRequest type STATE, encoding JSON_IETF; a length-delimited field cut
-  // short; GetResponse with one notification of timestamp 1.
+  // short; GetResponse with one notification of timestamp 1 and prefix /a.
   static const unsigned char request[] = {0x18, 0x02, 0x28, 0x04}, malformed[] = {0x12, 0x05, 0x12};
-  static const unsigned char response[] = {0x0a, 0x02, 0x08, 0x01};
+  static const unsigned char response[] = {0x0a, 0x09, 0x08, 0x01, 0x12, 0x05,
+                                           0x1a, 0x03, 0x0a, 0x01, 'a'};
   // SouthMsg rpc_id 7, behind its length word in host byte order.
   static const unsigned char body[] = {0x10, 0x07};
   const uint32_t length = sizeof body;
   void* ctx = GNMI_Get_Init();
   void* msg = GRPCI_SouthMsgInit();
+  void* notification = NULL;
   void* out = NULL;
   int outLen = -1;
   unsigned char* frame = NULL;
@@ -27,10 +31,12 @@ int main(void) {
   if (ok) {
     GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(ctx), 9);
     ok = GNMI_GetResponse_Reset(ctx) == 1;
-    GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(ctx), 1);
+    notification = GNMI_GetResponse_AppendNotification(ctx);
+    GNMI_Notification_SetTimestamp(notification, 1);
+    ok = ok && GNMI_Path_FromString(GNMI_Notification_AddPrefix(notification), "a", 1, NULL) == 1;
     GRPCI_SouthMsgSetRpcId(msg, 7);
-    ok = ok && GNMI_GetResponse_Serialize(ctx, &out, &outLen) == 1 && outLen == 4 &&
-         memcmp(out, response, 4) == 0 &&
+    ok = ok && GNMI_GetResponse_Serialize(ctx, &out, &outLen) == 1 &&
+         outLen == (int)sizeof response && memcmp(out, response, sizeof response) == 0 &&
          GRPCI_SouthMsgSerialize(1, msg, (void**)&frame, &frameLen) == 1 && frameLen == 6 &&
          memcmp(frame, &length, 4) == 0 && memcmp(frame + 4, body, 2) == 0;
     OXA_Free_F(frame, __FILE__, __LINE__);

@@ -1,0 +1,150 @@
+// Paths as text, copied, joined and matched (gnmi/gnmi_path.h).
+#include <google/protobuf/util/message_differencer.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <tuple>
+#include <utility>
+
+#include "gnmi/gnmi.pb.h"
+#include "gnmi/gnmi_path.h"
+#include "support/gnmi_access.h"
+
+namespace {
+
+using google::protobuf::util::MessageDifferencer;
+using testsupport::FromText;
+
+// The path that `text` makes of `path`.
+gnmi::Path Read(const std::string& text, gnmi::Path path = {}) {
+  uint32_t at = 0;
+  EXPECT_EQ(GNMI_Path_FromString(&path, text.data(), text.size(), &at), 1) << text << " at " << at;
+  return path;
+}
+
+std::string Text(gnmi::Path path) {
+  std::string text(GNMI_Path_ToString(&path, nullptr, 0), '\0');
+  GNMI_Path_ToString(&path, text.data(), text.size() + 1);
+  return text;
+}
+
+TEST(GnmiPathText, ReadsTheConventionAndWritesItBackCanonicalKeepingTheTarget) {
+  // text, the path it makes (in text format), its canonical text
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"/interfaces/interface[name=eth0]/state",
+       R"(elem{name:"interfaces"} elem{name:"interface" key{key:"name" value:"eth0"}}
+          elem{name:"state"})",
+       "/interfaces/interface[name=eth0]/state"},
+      {"a/b[name=Ethernet1/2/3]/", R"(elem{name:"a"} elem{name:"b" key{key:"name"
+          value:"Ethernet1/2/3"}})",
+       "/a/b[name=Ethernet1/2/3]"},
+      {"/a[k=a=b][name=[foo][baz==bat][e=]",
+       R"(elem{name:"a" key{key:"k" value:"a=b"} key{key:"name" value:"[foo"}
+          key{key:"baz" value:"=bat"} key{key:"e" value:""}})",
+       "/a[baz==bat][e=][k=a=b][name=[foo]"},
+      {"", "", "/"},
+      {"/", "", "/"},
+      {"openconfig:/interfaces", R"(origin:"openconfig" elem{name:"interfaces"})",
+       "openconfig:/interfaces"},
+      {"rfc7951:/", R"(origin:"rfc7951")", "rfc7951:/"},
+      {"/openconfig-interfaces:interfaces", R"(elem{name:"openconfig-interfaces:interfaces"})",
+       "/openconfig-interfaces:interfaces"},
+      {"a\\:/b", R"(elem{name:"a:"} elem{name:"b"})", "/a:/b"},
+      {R"(o\ x:/\a\/b\[\]\\\	[k\=\[\]\\\ =v\]\\=[/ ]/c)",
+       R"(origin:"o x" elem{name:"a/b[]\\\t" key{key:"k=[]\\ " value:"v]\\=[/ "}} elem{name:"c"})",
+       R"(o\ x:/a\/b\[\]\\\	[k\=\[\]\\\ =v\]\\=[/ ]/c)"},
+  };
+  for (const auto& [text, made, canonical] : cases) {
+    SCOPED_TRACE(text);
+    const gnmi::Path path =
+        Read(text, FromText<gnmi::Path>(R"(origin:"old" elem{name:"old"} target:"r1")"));
+    gnmi::Path expected = FromText<gnmi::Path>(made);
+    expected.set_target("r1");
+    EXPECT_TRUE(MessageDifferencer::Equals(path, expected)) << path.DebugString();
+    EXPECT_EQ(Text(path), canonical);
+    EXPECT_TRUE(MessageDifferencer::Equals(Read(canonical, path), path));
+  }
+  gnmi::Path empty = Read("/a");
+  EXPECT_EQ(GNMI_Path_FromString(&empty, nullptr, 0, nullptr), 1);
+  EXPECT_EQ(empty.elem_size(), 0);
+}
+
+TEST(GnmiPathText, BadTextIsRefusedWhereItGoesWrongAndLeavesThePathAlone) {
+  const std::pair<std::string, uint32_t> cases[] = {
+      // text, offset of the error
+      {"/a//b", 3},  {"/a/[k=v]", 3},     {"//", 1},        {"/a[k]", 4},  {"/a[k", 4},
+      {"/a[=v]", 3}, {"/a[k[x=v]", 4},    {"/a[k x=v]", 4}, {"/a b", 2},   {"/a\tb", 2},
+      {"/a]", 2},    {"/a[k=v]]", 7},     {"/a[k=v]x", 7},  {"/a[k=v", 6}, {"/a[k=v\\]", 8},
+      {"/a\\", 3},   {"/a[k=1][k=2]", 7}, {"x y:/a", 1},
+  };
+  const gnmi::Path before =
+      FromText<gnmi::Path>(R"(origin:"o" elem{name:"keep" key{key:"k" value:"v"}} target:"r1")");
+  for (const auto& [text, errorAt] : cases) {
+    SCOPED_TRACE(text);
+    gnmi::Path path = before;
+    uint32_t at = 99;
+    EXPECT_EQ(GNMI_Path_FromString(&path, text.data(), text.size(), &at), 0);
+    EXPECT_EQ(at, errorAt);
+    EXPECT_EQ(GNMI_Path_FromString(&path, text.data(), text.size(), nullptr), 0);
+    EXPECT_TRUE(MessageDifferencer::Equals(path, before));
+  }
+}
+
+TEST(GnmiPathText, ToStringSizesAndCutsLikeSnprintf) {
+  gnmi::Path path = Read("/ab[k=v]");
+  EXPECT_EQ(GNMI_Path_ToString(&path, nullptr, 0), 8U);
+  for (const uint32_t cap : {1U, 4U, 8U, 9U}) {
+    std::string buf(12, 'x');
+    EXPECT_EQ(GNMI_Path_ToString(&path, buf.data(), cap), 8U);
+    EXPECT_EQ(buf, std::string("/ab[k=v]").substr(0, cap - 1) + '\0' + std::string(12 - cap, 'x'));
+  }
+}
+
+TEST(GnmiPathCovers, PatternsWithWildcardsEllipsesKeysAndOrigins) {
+  const std::tuple<const char*, const char*, int> cases[] = {
+      // pattern, path, covers
+      {"/a/b", "/a/b/c", 1},
+      {"/a/b/c", "/a/b", 0},
+      {"/a/*/c", "/a/x[k=v]/c/d", 1},
+      {"/a/*/c", "/a/c", 0},
+      {"/a/.../b", "/a/b", 1},
+      {"/.../x/.../y", "/a/x/b/c/y/z", 1},
+      {"/.../x/.../y", "/a/y/x", 0},
+      {"/a/.../b/.../b", "/a/b/c/b", 1},
+      {"/a/.../b/.../b", "/a/c/b", 0},
+      {"/i[name=eth0]", "/i[name=eth0][unit=1]", 1},
+      {"/i[name=eth0]", "/i[name=eth1]", 0},
+      {"/i[name=eth0][unit=1]", "/i[name=eth0]", 0},
+      {"/i[name=*]", "/i[name=x]", 1},
+      {"/i[name=*]", "/i", 0},
+      {"/*[name=x]", "/j[name=y]", 1},
+      {"oc:/a", "/a", 0},
+      {"oc:/a", "oc:/a/b", 1},
+  };
+  for (const auto& [patternText, pathText, covers] : cases) {
+    SCOPED_TRACE(std::string(patternText) + " over " + pathText);
+    gnmi::Path pattern = Read(patternText);
+    gnmi::Path path = Read(pathText);
+    path.set_target("elsewhere");
+    EXPECT_EQ(GNMI_Path_Covers(&pattern, &path), covers);
+  }
+}
+
+TEST(GnmiPathCopy, CopyFromMakesAnIndependentCopyAndAppendElemsJoins) {
+  gnmi::Path from = Read("oc:/a[k=v][j=w]/b");
+  from.set_target("r1");
+  gnmi::Path to = Read("other:/x/y[q=1]/z");
+  GNMI_Path_CopyFrom(&to, &from);
+  EXPECT_TRUE(MessageDifferencer::Equals(to, from));
+  from.mutable_elem(0)->mutable_key()->at("k") = "changed";
+  EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b");
+  EXPECT_EQ(to.target(), "r1");
+
+  GNMI_Path_AppendElems(&to, &from);
+  EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b");
+  GNMI_Path_AppendElems(&to, &to);
+  EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b/a[j=w][k=v]/b/a[j=w][k=changed]/b");
+  EXPECT_EQ(to.target(), "r1");
+}
+
+}  // namespace
