@@ -6,11 +6,12 @@
 #include <inttypes.h>
 #include <stdint.h>
 #include <stdio.h>
+#include <string.h>
 
 #include "exchanges.h"
 #include "gnmi/gnmi_ex.h"
-#include "gnmi/gnmi_stream.h"
 #include "gnmi/gnmi_path.h"
+#include "gnmi/gnmi_stream.h"
 #include "gnmi_common.h"
 #include "hexdump.h"
 
@@ -37,9 +38,14 @@ static const unsigned char kSubscribeRequest[] = {
 static const char* const kListModes[] = {"STREAM", "ONCE", "POLL"};
 static const char* const kSubscriptionModes[] = {"TARGET_DEFINED", "ON_CHANGE", "SAMPLE"};
 
-/* The current value of each subscription, in the request's order. */
-static const char* const kValues[] = {"{\"in-octets\":\"81275\",\"out-octets\":\"20311\"}",
-                                      "\"UP\""};
+/* The interface's leaves under the prefix, with their current values, as the
+ * control software keeps them. */
+static const struct {
+  const char* path;
+  const char* json;
+} kLeaves[] = {{"/mtu", "1500"},
+               {"/counters", "{\"in-octets\":\"81275\",\"out-octets\":\"20311\"}"},
+               {"/oper-status", "\"UP\""}};
 
 static const int64_t kTimestamp = INT64_C(1700000000000000000);
 /* The stream's period: 10 s, in nanoseconds. */
@@ -63,6 +69,24 @@ static void PrintRequest(void* ctx) {
   }
 }
 
+/* Appends to the notification an update of the first leaf that the
+ * subscription's path covers, its path read from the leaf's text. */
+static void AppendCoveredLeaf(void* notification, void* subscription) {
+  void* update = GNMI_Notification_AppendUpdate(notification);
+  void* path = GNMI_Update_SetPath(update);
+  char text[256];
+  size_t i;
+  for (i = 0; i < sizeof kLeaves / sizeof kLeaves[0]; i++) {
+    GNMI_Path_FromString(path, kLeaves[i].path, (uint32_t)strlen(kLeaves[i].path), NULL);
+    if (GNMI_Path_Covers(subscription, path)) {
+      GNMI_TypedValue_SetJsonIetfVal(GNMI_Update_SetVal(update), kLeaves[i].json,
+                                     (uint32_t)strlen(kLeaves[i].json));
+      printf("    %s = %s\n", GnmiPathText(path, text, sizeof text), kLeaves[i].json);
+      return;
+    }
+  }
+}
+
 /* Stream message m (0: the initial data): one notification, under the
  * request's prefix, with an update per subscription. */
 static void BuildUpdate(void* ctx, int m) {
@@ -77,14 +101,8 @@ static void BuildUpdate(void* ctx, int m) {
   printf("gNMI Subscribe update at %" PRId64 " under %s:\n",
          GNMI_Notification_GetTimestamp(notification),
          GnmiPathText(GNMI_Notification_GetPrefix(notification), text, sizeof text));
-  for (i = 0; i < GNMI_SubscribeRequest_SubscriptionSize(ctx) &&
-              i < (int)(sizeof kValues / sizeof kValues[0]);
-       i++) {
-    GnmiAppendJsonUpdate(notification, GNMI_SubscribeRequest_GetPath(ctx, i), kValues[i]);
-    printf("    %s = %s\n",
-           GnmiPathText(GNMI_Update_GetPath(GNMI_SubscribeRequest_GetUpdate(ctx, i)), text,
-                        sizeof text),
-           kValues[i]);
+  for (i = 0; i < GNMI_SubscribeRequest_SubscriptionSize(ctx); i++) {
+    AppendCoveredLeaf(notification, GNMI_SubscribeRequest_GetPath(ctx, i));
   }
 }
 
