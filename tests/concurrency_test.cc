@@ -106,6 +106,7 @@ std::vector<std::pair<std::function<std::string()>, std::string>> ExchangesOf(in
 int WrongRounds(const std::function<int(int thread, int round)>& round) {
   std::atomic<int> wrong{0};
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([t, &round, &wrong] {
       for (int r = 0; r < kRounds; ++r) wrong += round(t, r);
@@ -116,8 +117,9 @@ int WrongRounds(const std::function<int(int thread, int round)>& round) {
 }
 
 TEST(Concurrency, ThreadsRunningWholeExchangesOnTheirOwnObjectsGetTheirExactBytes) {
-  std::vector<std::vector<std::pair<std::function<std::string()>, std::string>>> exchanges;
-  for (int t = 0; t < kThreads; ++t) exchanges.push_back(ExchangesOf(t));
+  std::vector<std::vector<std::pair<std::function<std::string()>, std::string>>> exchanges(
+      kThreads);
+  for (int t = 0; t < kThreads; ++t) exchanges[t] = ExchangesOf(t);
   const uint32_t blocks = OxaHost_Stats().liveBlocks;
   EXPECT_EQ(WrongRounds([&](int t, int) {
               int wrong = 0;
@@ -133,8 +135,9 @@ TEST(Concurrency, ThreadsRunningWholeExchangesOnTheirOwnObjectsGetTheirExactByte
 TEST(Concurrency, ThreadsResettingTheirOwnContextsGetEachReplyExactly) {
   std::vector<std::vector<std::unique_ptr<void, void (*)(void*)>>> contexts(kThreads);
   for (auto& mine : contexts) {
-    for (const auto& family : testsupport::kReplyFamilies)
+    for (const auto& family : testsupport::kReplyFamilies) {
       mine.emplace_back(family.init(), family.deinit);
+    }
   }
   EXPECT_EQ(WrongRounds([&](int t, int r) {
               int wrong = 0;
