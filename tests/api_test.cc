@@ -9,7 +9,6 @@
 #include <memory>
 #include <stdexcept>
 #include <tuple>
-#include <typeinfo>
 
 #include "dialout.pb.h"
 #include "gnmi/gnmi_ex.h"
@@ -60,44 +59,35 @@ void ExpectOutOfRange(void* handle, int index, int negativeLine, Reads... reads)
       ...);
 }
 
-TEST(GnmiRpc, EachInitMakesItsOwnClassWithItsMethodPathAndDeInitIgnoresNull) {
-  const struct {
-    void* (*init)();
-    void (*deinit)(void*);
-    const std::type_info& type;
-    const char* path;
-  } families[] = {
-      {GNMI_Capability_Init, GNMI_Capability_DeInit, typeid(GnmiRpcCapability), "Capabilities"},
-      {GNMI_Get_Init, GNMI_Get_DeInit, typeid(GnmiRpcGet), "Get"},
-      {GNMI_Set_Init, GNMI_Set_DeInit, typeid(GnmiRpcSet), "Set"},
-      {GNMI_Subscribe_Init, GNMI_Subscribe_DeInit, typeid(GnmiRpcSubscribe), "Subscribe"},
-  };
-  for (const auto& family : families) {
-    auto* ctx = static_cast<GnmiRpcBase*>(family.init());
-    EXPECT_EQ(typeid(*ctx), family.type) << family.path;
-    EXPECT_EQ(ctx->GetRpcPath_(), std::string("/gnmi.gNMI/") + family.path);
-    family.deinit(ctx);
-    family.deinit(nullptr);
+TEST(GnmiRpc, EachInitHasItsMethodPathAndDeInitIgnoresNull) {
+  const std::tuple<void* (*)(), void (*)(void*), const char*> families[] = {
+      {GNMI_Capability_Init, GNMI_Capability_DeInit, "Capabilities"},
+      {GNMI_Get_Init, GNMI_Get_DeInit, "Get"},
+      {GNMI_Set_Init, GNMI_Set_DeInit, "Set"},
+      {GNMI_Subscribe_Init, GNMI_Subscribe_DeInit, "Subscribe"}};
+  for (const auto& [init, deinit, path] : families) {
+    auto* ctx = static_cast<GnmiRpcBase*>(init());
+    EXPECT_EQ(ctx->GetRpcPath_(), "/gnmi.gNMI/"s + path);
+    deinit(ctx);
+    deinit(nullptr);
   }
 }
 
 TEST(GnmiRpc, ParseReplacesTheRequestOrSetsStatusThreeAndDispatchesByClass) {
   auto ctx = Make<GNMI_Get_Init, GNMI_Get_DeInit>();
   auto* get = static_cast<GnmiRpcGet*>(ctx.get());
-  const std::string bytes("\x12\x00\x18\x02", 4);  // path {}, type STATE
-  ASSERT_EQ(GNMI_GetRequest_Parse(ctx.get(), bytes.data(), 4), 1);
-  EXPECT_EQ(get->request_->SerializeAsString(), bytes);
-  ASSERT_EQ(GNMI_GetRequest_Parse(ctx.get(), bytes.data(), 0), 1);
-  EXPECT_EQ(get->request_->ByteSizeLong(), 0u);
-  EXPECT_EQ(get->GetParseStatus_(), 0);
+  ParseText<gnmi::GetRequest>(GNMI_GetRequest_Parse, ctx.get(), "path {} type: STATE");
+  ASSERT_EQ(GNMI_GetRequest_Parse(ctx.get(), "", 0), 1);
+  EXPECT_EQ(std::make_tuple(get->request_->ByteSizeLong(), get->GetParseStatus_()),
+            std::make_tuple(0u, 0));
   EXPECT_EQ(GNMI_GetRequest_Parse(ctx.get(), "\x12\x05\x12", 3), 0);  // cut short
   EXPECT_EQ(get->GetParseStatus_(), 3);                               // the parse status word
 
   // Another family's entry points on a Get context parse a GetRequest, which
   // leaves the status as it was, and serialize the Get response.
   EXPECT_EQ(GNMI_SetRequest_Parse(ctx.get(), "\x18\x03", 2), 1);
-  EXPECT_EQ(get->request_->type(), gnmi::GetRequest::OPERATIONAL);
-  EXPECT_EQ(get->GetParseStatus_(), 3);
+  EXPECT_EQ(std::make_tuple(get->request_->type(), get->GetParseStatus_()),
+            std::make_tuple(gnmi::GetRequest::OPERATIONAL, 3));
   get->response_->add_notification()->set_timestamp(5);
   EXPECT_EQ(Serialized(GNMI_CapabilityResponse_Serialize, ctx.get()),
             get->response_->SerializeAsString());
@@ -109,9 +99,8 @@ TEST(GnmiRpc, BufferIsNoneUntilNeededThenGrowsToTheExactSizeAndServesBothSubscri
   void* out = &out;
   int outLen = -1;
   ASSERT_EQ(GNMI_SubscribeResponse_Serialize(ctx.get(), &out, &outLen), 1);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(outLen, 0);
-  EXPECT_EQ(rpc->GetBufferCapacity_(), 0);
+  EXPECT_EQ(std::make_tuple(out, outLen, rpc->GetBufferCapacity_()),
+            std::make_tuple(nullptr, 0, 0));
 
   // Responses of about 30, 300 and 20 bytes: the buffer grows to the second's
   // exact size, and then serves the third and the sync response.
@@ -128,10 +117,9 @@ TEST(GnmiRpc, BufferIsNoneUntilNeededThenGrowsToTheExactSizeAndServesBothSubscri
   EXPECT_EQ(out, grown);
   rpc->GetSyncResponse_()->set_sync_response(true);
   ASSERT_EQ(GNMI_SubscribeSyncResponse_Serialize(ctx.get(), &out, &outLen), 1);
-  EXPECT_EQ(testsupport::Bytes(out, outLen), "\x18\x01");
-  EXPECT_EQ(out, grown);
-  EXPECT_GT(rpc->GetBufferCapacity_(), 300);
-  EXPECT_EQ(rpc->GetSerializeStatus_(), 0);
+  EXPECT_EQ(std::make_tuple(testsupport::Bytes(out, outLen), out, rpc->GetBufferCapacity_() > 300,
+                            rpc->GetSerializeStatus_()),
+            std::make_tuple("\x18\x01"s, grown, true, 0));
 }
 
 TEST(GnmiIndex, ReadersAreFatalJustOutsideTheirListAndSubscriptionHandlesNullPastTheEnd) {
@@ -141,14 +129,12 @@ TEST(GnmiIndex, ReadersAreFatalJustOutsideTheirListAndSubscriptionHandlesNullPas
   auto subscribe = Make<GNMI_Subscribe_Init, GNMI_Subscribe_DeInit>();
   gnmi::Notification notification;
   gnmi::Path path;
-  void* const g = get.get();
-  void* const s = set.get();
   // clang-format off
   const struct { void* handle; void* (*read)(void*, int); } readers[] = {
-      {g, GNMI_GetRequest_GetPath}, {g, GNMI_GetRequest_GetUseModels},
-      {g, GNMI_GetRequest_GetExtension}, {s, GNMI_SetRequest_GetDelete},
-      {s, GNMI_SetRequest_GetReplace}, {s, GNMI_SetRequest_GetUpdate},
-      {s, GNMI_SetRequest_GetExtension}, {&path, GNMI_Path_GetPathElem},
+      {get.get(), GNMI_GetRequest_GetPath}, {get.get(), GNMI_GetRequest_GetUseModels},
+      {get.get(), GNMI_GetRequest_GetExtension}, {set.get(), GNMI_SetRequest_GetDelete},
+      {set.get(), GNMI_SetRequest_GetReplace}, {set.get(), GNMI_SetRequest_GetUpdate},
+      {set.get(), GNMI_SetRequest_GetExtension}, {&path, GNMI_Path_GetPathElem},
       {capability.get(), GNMI_CapabilityRequest_GetExtension},
       {subscribe.get(), GNMI_SubscribeRequest_GetUpdate},
       {&notification, GNMI_Notification_GetUpdate}, {&notification, GNMI_Notification_GetDelete}};
@@ -158,7 +144,7 @@ TEST(GnmiIndex, ReadersAreFatalJustOutsideTheirListAndSubscriptionHandlesNullPas
     ExpectOutOfRange(reader.handle, 0, 1707, reader.read);
   }
   // A subscription's value readers have a check of their own; its handle
-  // readers answer null past the end, as on a request that is no subscribe.
+  // readers answer null past the end (the fuzz seeds check that).
   ParseText<gnmi::SubscribeRequest>(GNMI_SubscribeRequest_Parse, subscribe.get(),
                                     "subscribe { subscription {} }");
   ExpectOutOfRange(subscribe.get(), 1, 1715, GNMI_SubscribeRequest_GetSampleInterval,
@@ -168,18 +154,9 @@ TEST(GnmiIndex, ReadersAreFatalJustOutsideTheirListAndSubscriptionHandlesNullPas
                    GNMI_SubscribeRequest_GetPath, GNMI_SubscribeRequest_GetSampleInterval,
                    GNMI_SubscribeRequest_GetHeartbeatInterval,
                    GNMI_SubscribeRequest_GetSuppressRedundant, GNMI_SubscribeRequest_GetSampleMode);
-  EXPECT_EQ(GNMI_SubscribeRequest_GetSubscribe(subscribe.get(), 1), nullptr);
-  EXPECT_EQ(GNMI_SubscribeRequest_GetPath(subscribe.get(), 1), nullptr);
 }
 
 TEST(GnmiExchange, ResponsesCarryWhatTheBuildersSet) {
-  auto get = Make<GNMI_Get_Init, GNMI_Get_DeInit>();
-  for (int64_t timestamp : {5, 6}) {
-    GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(get.get()), timestamp);
-  }
-  ExpectResponse<gnmi::GetResponse>(GNMI_GetResponse_Serialize, get.get(),
-                                    "notification { timestamp: 5 } notification { timestamp: 6 }");
-
   auto set = Make<GNMI_Set_Init, GNMI_Set_DeInit>();
   for (int op : {1, 2, 7}) {  // DELETE, REPLACE and one outside the enumeration, kept
     GNMI_UpdateResult_SetOp(GNMI_SetResponse_AppendUpdateResult(set.get()), op);
@@ -209,15 +186,12 @@ TEST(GnmiSubscribe, SetAliasesReplacesASubscribeThenAppends) {
   ParseText<gnmi::SubscribeRequest>(GNMI_SubscribeRequest_Parse, c,
                                     "subscribe { use_aliases: true } extension {}");
   void* first = GNMI_SubscribeRequest_SetAliases(c);
-  EXPECT_EQ(
-      std::make_tuple(GNMI_SubscribeRequest_HasSubscribe(c), GNMI_SubscribeRequest_HasAliases(c),
-                      GNMI_SubscribeRequest_UseAliases(c)),
-      std::make_tuple(0, 1, 0));
   GNMI_SubscribeRequest_SetAliases(c);
   const auto& request = *static_cast<GnmiRpcSubscribe*>(c)->GetRequest_();
-  ASSERT_EQ(request.aliases().alias_size(), 2);
+  ASSERT_TRUE(MessageDifferencer::Equals(
+      request, FromText<gnmi::SubscribeRequest>("aliases { alias {} alias {} } extension {}")))
+      << request.DebugString();
   EXPECT_EQ(first, &request.aliases().alias(0));
-  EXPECT_EQ(GNMI_SubscribeRequest_ExtensionSizeof(c), 1);
 }
 
 TEST(GnmiSubscribe, NotificationIsMadeOnceOverWhatTheResponseHeldAndSyncIsSentEvenWhenFalse) {
@@ -228,19 +202,16 @@ TEST(GnmiSubscribe, NotificationIsMadeOnceOverWhatTheResponseHeldAndSyncIsSentEv
   EXPECT_EQ(GNMI_SubscribeResponse_GetNotification(ctx.get()), notification);
   GNMI_Notification_SetTimestamp(notification, 42);
   EXPECT_EQ(GNMI_Notification_GetTimestamp(notification), 42);
-  const gnmi::Notification& update = rpc->GetResponse_()->update();
-  for (int i = 0; i < 3; ++i) {
-    void* appended = GNMI_Notification_AppendDelete(notification);
-    EXPECT_EQ(appended, &update.delete_(i));
-  }
+  void* deleted[] = {GNMI_Notification_AppendDelete(notification),
+                     GNMI_Notification_AppendDelete(notification),
+                     GNMI_Notification_AppendDelete(notification)};
   GNMI_Notification_AppendUpdate(notification);
-  GNMI_Notification_AppendUpdate(notification);
+  void* updated = GNMI_Notification_AppendUpdate(notification);
   EXPECT_EQ(std::make_tuple(GNMI_Notification_DeleteSizeof(notification),
                             GNMI_Notification_GetDelete(notification, 2),
                             GNMI_Notification_UpdateSizeof(notification),
                             GNMI_Notification_GetUpdate(notification, 1)),
-            std::make_tuple(3, static_cast<const void*>(&update.delete_(2)), 2,
-                            static_cast<const void*>(&update.update(1))));
+            std::make_tuple(3, deleted[2], 2, updated));
 
   // The sync response is a message of its own, with the member set even to false.
   GNMI_SubscribeRequest_SyncResponse(ctx.get(), 0);
@@ -253,37 +224,29 @@ TEST(GnmiSubscribe, NotificationIsMadeOnceOverWhatTheResponseHeldAndSyncIsSentEv
 }
 
 TEST(GnmiSubMessages, AbsentReadsAsTheDefaultMadeOnceThenPresentAndSentEvenWhenEmpty) {
-  const struct {
-    const Message& type;
-    const char* field;
-    void* (*make)(void*);
-    int (*has)(void*);    // null: no presence test
-    void* (*get)(void*);  // null: no reader
-  } subMessages[] = {
-      {gnmi::Notification::default_instance(), "prefix", GNMI_Notification_AddPrefix,
-       GNMI_Notification_HasPrefix, GNMI_Notification_GetPrefix},
-      {gnmi::Update::default_instance(), "path", GNMI_Update_SetPath, GNMI_Update_HasPath,
-       GNMI_Update_GetPath},
-      {gnmi::Update::default_instance(), "val", GNMI_Update_SetVal, GNMI_Update_HasVal,
-       GNMI_Update_GetVal},
-      {gnmi::UpdateResult::default_instance(), "path", GNMI_UpdateResult_AddPath, nullptr, nullptr},
-      {gnmi::TypedValue::default_instance(), "leaflist_val", GNMI_TypedValue_LeaflistVal, nullptr,
-       nullptr},
-  };
-  for (const auto& sub : subMessages) {
-    SCOPED_TRACE(sub.field);
-    const std::unique_ptr<Message> message(sub.type.New());
-    const auto* field = message->GetDescriptor()->FindFieldByName(sub.field);
-    if (sub.has != nullptr) {
-      EXPECT_EQ(sub.has(message.get()), 0);
-      EXPECT_EQ(sub.get(message.get()), &message->GetReflection()->GetMessage(*message, field));
-    }
-    void* made = sub.make(message.get());
-    EXPECT_EQ(sub.make(message.get()), made);
-    if (sub.has != nullptr) {
-      EXPECT_EQ(sub.has(message.get()), 1);
-      EXPECT_EQ(sub.get(message.get()), made);
-    }
+  // Record type and field; its maker, and its presence test and reader or null.
+  const std::tuple<const Message&, const char*, void* (*)(void*), int (*)(void*), void* (*)(void*)>
+      subMessages[] = {
+          {gnmi::Notification::default_instance(), "prefix", GNMI_Notification_AddPrefix,
+           GNMI_Notification_HasPrefix, GNMI_Notification_GetPrefix},
+          {gnmi::Update::default_instance(), "path", GNMI_Update_SetPath, GNMI_Update_HasPath,
+           GNMI_Update_GetPath},
+          {gnmi::Update::default_instance(), "val", GNMI_Update_SetVal, GNMI_Update_HasVal,
+           GNMI_Update_GetVal},
+          {gnmi::UpdateResult::default_instance(), "path", GNMI_UpdateResult_AddPath, nullptr,
+           nullptr},
+          {gnmi::TypedValue::default_instance(), "leaflist_val", GNMI_TypedValue_LeaflistVal,
+           nullptr, nullptr},
+      };
+  for (const auto& [type, name, make, has, get] : subMessages) {
+    SCOPED_TRACE(name);
+    const std::unique_ptr<Message> message(type.New());
+    const auto* field = message->GetDescriptor()->FindFieldByName(name);
+    const void* absent = &message->GetReflection()->GetMessage(*message, field);
+    EXPECT_TRUE(has == nullptr || (has(message.get()) == 0 && get(message.get()) == absent));
+    void* made = make(message.get());
+    EXPECT_EQ(make(message.get()), made);
+    EXPECT_TRUE(has == nullptr || (has(message.get()) == 1 && get(message.get()) == made));
     EXPECT_EQ(message->SerializeAsString(),
               std::string({static_cast<char>(field->number() << 3 | 2), 0}));
   }
@@ -345,99 +308,40 @@ TEST(GnmiPath, AppendKeyOverwritesKeepsTheKeysBytesAndGetKeyAnswersEmptyPastTheE
   EXPECT_EQ(KeyAt(&elem, 1000), none);
   EXPECT_THROW(GNMI_PathElem_AppendKey(&elem, nullptr, 1, "v", 1), std::logic_error);
   EXPECT_THROW(GNMI_PathElem_AppendKey(&elem, "k", 1, nullptr, 1), std::logic_error);
-  EXPECT_EQ(GNMI_PathElem_KeySizeof(&elem), 2);
 }
 
 TEST(CApi, GetRpcAndSouthFrameFromC) { EXPECT_EQ(CRunCalls(), 0); }
 
-// A fresh message of `type`'s class parsed from `bytes`; null when the parse fails.
-std::unique_ptr<Message> Parsed(const Message& type, const std::string& bytes) {
-  std::unique_ptr<Message> message(type.New());
-  return message->ParseFromString(bytes) ? std::move(message) : nullptr;
-}
-
-TEST(Schema, LastOneofMemberAndLastMapEntryWinUnknownFieldsAreKeptEmptyMembersWritten) {
-  const auto& capabilities = gnmi::CapabilityResponse::default_instance();
-  const std::string k1 = "\x12\x07\x0a\x01k\x12\x02v1", k2 = "\x12\x07\x0a\x01k\x12\x02v2";
-  const struct {
-    const Message& type;
-    std::string bytes;
-    std::string written;  // empty: the bytes as they were read
-  } cases[] = {
-      {gnmi::TypedValue::default_instance(), "\x0a\x01z\x10\x05",
-       "\x10\x05"},                                       // string_val, int_val
-      {gnmi::PathElem::default_instance(), k1 + k2, k2},  // key k: v1, then v2
-      // type STATE, then the undeclared field 4 as a varint and as bytes
-      {gnmi::GetRequest::default_instance(), "\x18\x02\x20\x09\x22\x02hi", ""},
-      // request_id 1, then the undeclared fields 3 and 4
-      {quorix_dialin::SubsArgs::default_instance(), "\x08\x01\x18\x07\x22\x01x", ""},
-      {gnmi::SubscribeRequest::default_instance(), "\x1a\x00"s, ""},  // an empty Poll
-      {capabilities, "\x10\x01\x10\x04", "\x12\x02\x01\x04"},         // encodings, written packed
-      {capabilities, "\x12\x02\x01\x04", ""},
-      {dialout::DialoutArgs::default_instance(), "\x08\x01\x12\x00"s, ""},  // an empty Any
-  };
-  for (const auto& c : cases) {
-    const auto message = Parsed(c.type, c.bytes);
-    ASSERT_NE(message, nullptr) << c.type.GetTypeName();
-    EXPECT_EQ(message->SerializeAsString(), c.written.empty() ? c.bytes : c.written)
-        << message->DebugString();
-  }
-}
-
-TEST(Schema, InvalidUtf8FailsAStringFieldButNotABytesFieldAndIsOnlyLoggedWhenWritten) {
+TEST(Schema, InvalidUtf8FailsAStringFieldButNotABytesField) {
   const auto& southMsg = quorix_grpc_ipc::SouthMsg::default_instance();
-  const struct {
-    const Message& type;
-    std::string bytes;
-    const char* failingField;  // null: the bytes parse
-  } cases[] = {
-      {gnmi::Path::default_instance(), "\x12\x01\xff", "gnmi.Path.origin"},
-      {gnmi::GetRequest::default_instance(), "\x12\x03\x12\x01\xff", "gnmi.Path.origin"},
-      {gnmi::PathElem::default_instance(), "\x12\x05\x0a\x01\xff\x12\x00"s,
-       "gnmi.PathElem.KeyEntry.key"},
-      // bytes_val, json_val, json_ietf_val and proto_bytes, each checked as it is read
+  const std::tuple<const Message&, std::string, bool> cases[] = {
+      {gnmi::Path::default_instance(), "\x12\x01\xff", true},                       // origin
+      {gnmi::PathElem::default_instance(), "\x12\x05\x0a\x01\xff\x12\x00"s, true},  // a key
+      // bytes_val, json_val, json_ietf_val and proto_bytes
       {gnmi::TypedValue::default_instance(), "\x2a\x01\xff\x52\x01\xff\x5a\x01\xff\x6a\x01\xff",
-       nullptr},
-      {quorix_dialin::SubsReply::default_instance(), "\x22\x01\xff", nullptr},  // message
-      {quorix_dialin::SubsArgs::default_instance(), "\x2a\x03\x0a\x01\xff",
-       "quorix_dialin.Path.path"},
-      {southMsg, "\x4a\x01\xff", "quorix_grpc_ipc.SouthMsg.result_description"},
-      {southMsg, "\x52\x03\x0a\x01\xff", "quorix_grpc_ipc.LoginAuthenticate.user_name"},
+       false},
+      {quorix_dialin::SubsReply::default_instance(), "\x22\x01\xff", false},        // message
+      {quorix_dialin::SubsArgs::default_instance(), "\x2a\x03\x0a\x01\xff", true},  // path.path
+      {southMsg, "\x4a\x01\xff", true},          // result_description
+      {southMsg, "\x52\x03\x0a\x01\xff", true},  // login.user_name
       // login.token, server_rpc.rpc_parament and rpc_data.data
-      {southMsg, "\x52\x03\x22\x01\xff\x62\x03\x42\x01\xff\x6a\x03\x0a\x01\xff", nullptr},
-  };
-  for (const auto& c : cases) {
-    std::unique_ptr<Message> message;
-    const auto log = testsupport::CaptureFatal([&] { message = Parsed(c.type, c.bytes); });
-    EXPECT_EQ(message == nullptr, c.failingField != nullptr) << c.type.GetTypeName();
-    if (c.failingField != nullptr) {
-      EXPECT_NE(
-          log.logged.find("'"s + c.failingField + "' contains invalid UTF-8 data when parsing"),
-          std::string::npos)
-          << log.logged;
-    }
+      {southMsg, "\x52\x03\x22\x01\xff\x62\x03\x42\x01\xff\x6a\x03\x0a\x01\xff", false}};
+  for (const auto& [type, bytes, fails] : cases) {
+    const std::unique_ptr<Message> message(type.New());
+    bool parsed = false;
+    testsupport::CaptureFatal([&, &in = bytes] { parsed = message->ParseFromString(in); });
+    EXPECT_EQ(parsed, !fails) << type.GetTypeName() << " of " << bytes.size() << " bytes";
   }
-  gnmi::Path path;
-  path.set_origin("\xff");
-  const auto log =
-      testsupport::CaptureFatal([&] { EXPECT_EQ(path.SerializeAsString(), cases[0].bytes); });
-  EXPECT_NE(log.logged.find("'gnmi.Path.origin' contains invalid UTF-8 data when serializing"),
-            std::string::npos)
-      << log.logged;
 }
 
 TEST(Schema, ServiceArgsDeclarationOrderDiffersFromWireOrderAndTheGnmiFileHasItsVersion) {
   const auto* descriptor = quorix_dialout::serviceArgs::descriptor();
-  EXPECT_EQ(descriptor->field(2)->full_name(), "quorix_dialout.serviceArgs.data_json");
-  EXPECT_EQ(descriptor->field(3)->full_name(), "quorix_dialout.serviceArgs.errors");
-  quorix_dialout::serviceArgs args;
-  args.set_reqid(1);
-  args.set_errors("r");
-  args.set_data_json("j");
-  EXPECT_EQ(args.SerializeAsString(), "\x08\x01\x1a\x01r\x22\x01j");
-  const auto* file = gnmi::GetRequest::descriptor()->file();
-  EXPECT_EQ(file->options().GetExtension(gnmi::gnmi_service), "0.7.0");
-  EXPECT_EQ(file->FindExtensionByName("gnmi_service")->number(), 1001);
+  // data_json is declared before errors, and numbered after it.
+  EXPECT_EQ(std::make_tuple(descriptor->field(2)->name(), descriptor->field(2)->number(),
+                            descriptor->field(3)->name(), descriptor->field(3)->number()),
+            std::make_tuple("data_json", 4, "errors", 3));
+  EXPECT_EQ(gnmi::GetRequest::descriptor()->file()->options().GetExtension(gnmi::gnmi_service),
+            "0.7.0");
 }
 
 }  // namespace

@@ -40,9 +40,6 @@ using quorix_grpc_ipc::SouthMsg;
 
 // The IPC frame's length word, in host byte order.
 std::string Word(uint32_t length) { return std::string(reinterpret_cast<char*>(&length), 4); }
-int32_t Parse(int32_t (*parse)(void*, const void*, int32_t), void* msg, const std::string& bytes) {
-  return parse(msg, bytes.data(), static_cast<int32_t>(bytes.size()));
-}
 
 using PlatformBlocks = testsupport::OxaTest;
 
@@ -53,32 +50,23 @@ TEST_F(PlatformBlocks, HoldTheEncodingFramedOrWithASpareByteFromTheEntryPointsSi
                    std::string, uint32_t, const char*, uint32_t>
       cases[] = {
           {GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit,
-           [](void* msg) {
-             GRPCI_SouthMsgSetConnectId(msg, 0x11223344u);
-             GRPCI_SouthMsgSetResultDesc(msg, "ok", 2);
+           [](void* msg) {  // enumerations outside their range are sent as set
+             GRPCI_SouthMsgSetReqType(msg, 7);
+             GRPCI_SouthMsgSetOpType(msg, 0x7fffffff);
+             GRPCI_SouthMsgSetMsgType(msg, -2);
            },
-           GRPCI_SouthMsgSerialize, 0xC0FFEEu, Word(10) + "\x08\xc4\xe6\x88\x89\x01\x4a\x02ok", 14,
-           "grpci_ex", 690},
+           GRPCI_SouthMsgSerialize, 0xC0FFEEu,
+           Word(19) +
+               "\x20\x07\x28\xff\xff\xff\xff\x07\x30\xfe\xff\xff\xff\xff\xff\xff\xff\xff\x01",
+           23, "grpci_ex", 690},
           {GRPCI_SubsReplyInit, GRPCI_SubsReplyDeInit,
-           [](void* reply) {
-             GRPCI_SubsReplySetSubscriptionId(reply, 5);
-             GRPCI_SubsReplySetRequestId(reply, uint64_t{1} << 33);
-             GRPCI_SubsReplySetResponseCode(reply, "ok", 2);
-             GRPCI_SubsReplySetMessage(reply, "\0\x01\xff", 3);
-           },
-           GRPCI_SubsReplySerialize, 0xAB,
-           "\x08\x05\x10\x80\x80\x80\x80\x20\x1a\x02ok\x22\x03\0\x01\xff"s, 18,
-           "grpci_grpcdialin_ex", 228},
+           [](void* reply) { GRPCI_SubsReplySetSubscriptionId(reply, 5); },
+           GRPCI_SubsReplySerialize, 0xAB, "\x08\x05", 3, "grpci_grpcdialin_ex", 228},
           {GRPCI_SubsReplyInit, GRPCI_SubsReplyDeInit, [](void*) {}, GRPCI_SubsReplySerialize, 1,
            "", 1, "grpci_grpcdialin_ex", 228},
           {GRPCI_CancelReplyInit, GRPCI_CancelReplyDeInit,
-           [](void* reply) {
-             GRPCI_CancelReplySetRequestId(reply, 9);
-             GRPCI_CancelReplySetResponseCode(reply, "ok", 2);
-             GRPCI_CancelReplySetMessage(reply, "x\0y", 3);
-           },
-           GRPCI_CancelReplySerialize, 0x5150, "\x08\x09\x12\x02ok\x1a\x03x\0y"s, 12,
-           "grpci_grpcdialin_ex", 306},
+           [](void* reply) { GRPCI_CancelReplySetRequestId(reply, 9); }, GRPCI_CancelReplySerialize,
+           0x5150, "\x08\x09", 3, "grpci_grpcdialin_ex", 306},
       };
   for (const auto& [init, deinit, fill, serialize, ownerId, bytes, size, module, line] : cases) {
     SCOPED_TRACE(size);
@@ -86,10 +74,9 @@ TEST_F(PlatformBlocks, HoldTheEncodingFramedOrWithASpareByteFromTheEntryPointsSi
     fill(msg.get());
     OxaHost_Reset();
     const auto block = SerializeWith(serialize, ownerId, msg.get());
-    ASSERT_EQ(block.result, 1);
-    EXPECT_NE(block.block, nullptr);
-    EXPECT_EQ(block.Bytes(), bytes);
-    EXPECT_EQ(OxaHost_Stats().mallocCalls, 1u);
+    ASSERT_EQ(std::make_tuple(block.result, block.block != nullptr), std::make_tuple(1, true));
+    EXPECT_EQ(std::make_tuple(block.Bytes(), OxaHost_Stats().mallocCalls),
+              std::make_tuple(bytes, 1u));
     const OxaHostCall call = OxaHost_Stats().lastMalloc;
     EXPECT_EQ(
         std::make_tuple(call.ownerId, call.partition, call.size, std::string(call.file), call.line),
@@ -124,43 +111,28 @@ TEST_F(PlatformBlocks, HoldAtMost52428800MessageBytes) {
     EXPECT_EQ(std::make_tuple(block.length, OxaHost_Stats().lastMalloc.size),
               std::make_tuple(length, size));
     const std::string bytes = block.Bytes();
-    EXPECT_EQ(bytes.substr(0, head.size()), head);
-    EXPECT_EQ(bytes.back(), 'p');
+    EXPECT_EQ(std::make_tuple(bytes.substr(0, head.size()), bytes.back()),
+              std::make_tuple(head, 'p'));
   }
 }
 
-TEST(SouthMsg, ParseReplacesTheWholeMessageAndEnumerationsOutsideTheirRangeAreSentAsSet) {
-  auto msg = Make<GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>();
-  const auto bytes = [&] { return As<SouthMsg>(msg.get())->SerializeAsString(); };
-  ASSERT_EQ(Parse(GRPCI_SouthMsgParse, msg.get(), "\x08\x05\x5a\x02\x58\x09"), 1);
-  ASSERT_EQ(Parse(GRPCI_SouthMsgParse, msg.get(), "\x20\x07"), 1);  // req_type 7, outside ReqType
-  EXPECT_EQ(bytes(), "\x20\x07");
-  GRPCI_SouthMsgSetReqType(msg.get(), 5);
-  GRPCI_SouthMsgSetOpType(msg.get(), 0x7fffffff);
-  GRPCI_SouthMsgSetMsgType(msg.get(), -2);
-  EXPECT_EQ(bytes(),
-            "\x20\x05\x28\xff\xff\xff\xff\x07\x30\xfe\xff\xff\xff\xff\xff\xff\xff\xff\x01");
-}
-
 TEST(SouthMsg, PayloadRecordsAreIndependentAndMadeOnlyBySet) {
-  const std::tuple<const char*, int32_t (*)(void*), void* (*)(void*), void* (*)(void*)> payloads[] =
-      {{"login", GRPCI_SouthMsgHasLogin, GRPCI_SouthMsgGetLogin, GRPCI_SouthMsgSetLogin},
-       {"client_rpc", GRPCI_SouthMsgHasClientRpc, GRPCI_SouthMsgGetClientRpc,
-        GRPCI_SouthMsgSetClientRpc},
-       {"server_rpc", GRPCI_SouthMsgHasServerRpc, GRPCI_SouthMsgGetServerRpc,
-        GRPCI_SouthMsgSetServerRpc},
-       {"rpc_data", GRPCI_SouthMsgHasRpcData, GRPCI_SouthMsgGetRpcData, GRPCI_SouthMsgSetRpcData}};
+  // clang-format off
+  const std::tuple<int32_t (*)(void*), void* (*)(void*), void* (*)(void*)> payloads[] = {
+      {GRPCI_SouthMsgHasLogin, GRPCI_SouthMsgGetLogin, GRPCI_SouthMsgSetLogin},
+      {GRPCI_SouthMsgHasClientRpc, GRPCI_SouthMsgGetClientRpc, GRPCI_SouthMsgSetClientRpc},
+      {GRPCI_SouthMsgHasServerRpc, GRPCI_SouthMsgGetServerRpc, GRPCI_SouthMsgSetServerRpc},
+      {GRPCI_SouthMsgHasRpcData, GRPCI_SouthMsgGetRpcData, GRPCI_SouthMsgSetRpcData}};
+  // clang-format on
   auto msg = Make<GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>();
-  const SouthMsg& object = *As<SouthMsg>(msg.get());
-  for (const auto& [name, has, get, set] : payloads) {
+  for (const auto& [has, get, set] : payloads) {
     EXPECT_EQ(std::make_tuple(get(msg.get()), has(msg.get())), std::make_tuple(nullptr, 0));
     void* record = set(msg.get());
     EXPECT_EQ(std::make_tuple(set(msg.get()), get(msg.get()), has(msg.get())),
               std::make_tuple(record, record, 1));
-    const auto* field = SouthMsg::descriptor()->FindFieldByName(name);
-    EXPECT_EQ(record, &object.GetReflection()->GetMessage(object, field)) << name;
   }
-  EXPECT_EQ(object.SerializeAsString(), "\x52\x00\x5a\x00\x62\x00\x6a\x00"s);  // none replaced
+  // None replaced the others.
+  EXPECT_EQ(As<SouthMsg>(msg.get())->SerializeAsString(), "\x52\x00\x5a\x00\x62\x00\x6a\x00"s);
 }
 
 // Accessors of one field: its record type and name, its setter, and its
@@ -217,10 +189,6 @@ TEST(Accessors, TextSettersCopyExactlyTheBytesGivenAndRefuseNullData) {
     // A member of a oneof is chosen, though empty.
     EXPECT_TRUE(!field->containing_oneof() || message->GetReflection()->HasField(*message, field));
   });
-  SubsReply reply;  // choosing the bytes member of the reply's oneof clears the other
-  reply.set_message_json("{}");
-  GRPCI_SubsReplySetMessage(&reply, "z\0y", 3);
-  EXPECT_EQ(reply.SerializeAsString(), "\x22\x03z\0y"s);
 }
 
 TEST(Accessors, FlagsTakeAnyNonZeroValueAsTrueAndReadAsOne) {
@@ -262,9 +230,10 @@ TEST(Accessors, NumbersRoundTripThroughTheirOwnField) {
 #undef Q
 #undef Q0
 
-TEST(DialinArgs, PathIndexIsFatalJustOutsideTheList) {
+TEST(DialinArgs, ParseReplacesTheArgsAndPathIndexIsFatalJustOutsideTheList) {
   auto args = Make<GRPCI_SubsArgsInit, GRPCI_SubsArgsDeInit>();
-  ASSERT_EQ(Parse(GRPCI_SubsArgsParse, args.get(), "\x2a\x00\x2a\x00"s), 1);
+  ASSERT_EQ(GRPCI_SubsArgsParse(args.get(), "\x2a\x00\x2a\x00\x2a\x00", 6), 1);
+  ASSERT_EQ(GRPCI_SubsArgsParse(args.get(), "\x2a\x00\x2a\x00", 4), 1);
   EXPECT_FATAL_CHECK(GRPCI_SubsArgsGetPath(args.get(), -1), "grpci_grpcdialin_ex", 1707,
                      testsupport::kNegativeIndex);
   EXPECT_FATAL_CHECK(GRPCI_SubsArgsGetPath(args.get(), 2), "grpci_grpcdialin_ex", 1708,
