@@ -1,11 +1,6 @@
-// The libFuzzer entry point of program fuzz_<name>, which runs harness <name>
-// (harnesses.cc); the build names it in MGMTMSG_FUZZ_HARNESS.
-#include <cstddef>
-#include <cstdint>
-
-namespace harness {
-void MGMTMSG_FUZZ_HARNESS(const uint8_t* data, size_t size);
-}
+// The libFuzzer entry point of program fuzz_<name>, which runs harness <name>;
+// the build names it in MGMTMSG_FUZZ_HARNESS.
+#include "fuzz/harnesses.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   harness::MGMTMSG_FUZZ_HARNESS(data, size);

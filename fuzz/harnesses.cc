@@ -13,6 +13,7 @@
 #include <string>
 #include <type_traits>
 
+#include "fuzz/harnesses.h"
 #include "gnmi/gnmi.pb.h"
 #include "gnmi/gnmi_ex.h"
 #include "grpci/grpci_ex.h"

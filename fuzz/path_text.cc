@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <string>
 
+#include "fuzz/harnesses.h"
 #include "gnmi/gnmi.pb.h"
 #include "gnmi/gnmi_path.h"
 
