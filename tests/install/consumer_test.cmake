@@ -1,6 +1,6 @@
 # Installs the built project into a staging prefix, then builds the consumer
-# program out of tree against it twice, through the CMake package (with its
-# own platform.c) and through pkg-config (with the host kit), and runs both.
+# program out of tree against it twice, through the CMake package and through
+# pkg-config, each with the host kit's memory manager, and runs both.
 #   cmake -DBUILD_DIR=... -DLIBDIR=lib -DCONSUMER_DIR=... -DWORK_DIR=... -DC_COMPILER=...
 #         -DPKG_CONFIG=... [-DGENERATOR=...] [-DTOOLCHAIN_ARGS=-D...|-D...]
 #         [-DEMULATOR=cmd|arg...] [-DEXTRA_FLAGS=flag|flag...]

@@ -10,7 +10,6 @@ FatalReport* current = nullptr;  // set only while CaptureFatal's handler is ins
 
 void Record(google::protobuf::LogLevel level, const char* file, int line,
             const std::string& message) {
-  current->logged += message + "\n";
   if (level == google::protobuf::LOGLEVEL_FATAL) {
     std::tie(current->file, current->line, current->message) = std::tie(file, line, message);
   }

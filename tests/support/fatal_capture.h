@@ -14,7 +14,6 @@ struct FatalReport {
   std::string file;
   int line = 0;
   std::string message;
-  std::string logged;  // every line logged during the call, each ending in '\n'
 };
 
 // Runs `call` with the runtime's log captured. `raised` is false when the
