@@ -1,5 +1,5 @@
-// The fuzz harnesses, one per entry point that parses bytes from outside the
-// device; program fuzz_<name> runs harness::<name> (entry.cc). Each parses
+// The fuzz harnesses, one per entry point that parses bytes or text from
+// outside the device; program fuzz_<name> runs harness::<name> (entry.cc). Each parses
 // its input through the entry point and, as the truth, through the message
 // runtime; walks the readers against the truth (value readers as tables, in
 // the order of the message's fields; handles as the messages they are); then
@@ -16,6 +16,7 @@
 #include "fuzz/harnesses.h"
 #include "gnmi/gnmi.pb.h"
 #include "gnmi/gnmi_ex.h"
+#include "gnmi/gnmi_path.h"
 #include "grpci/grpci_ex.h"
 #include "oxa_mem.h"
 #include "quorix-grpc-dialin.pb.h"
@@ -212,6 +213,54 @@ void CheckDecodes(const std::string& bytes, Message* want) {
   std::unique_ptr<Message> decoded(want->New());
   GOOGLE_CHECK(decoded->ParseFromString(bytes));
   CheckEqual(*decoded, *want);
+}
+
+// A path's canonical text, its length as GNMI_Path_ToString counts it.
+std::string Text(gnmi::Path* path) {
+  std::string text(GNMI_Path_ToString(path, nullptr, 0), '\0');
+  GOOGLE_CHECK_EQ(GNMI_Path_ToString(path, text.data(), Len(text) + 1), text.size());
+  return text;
+}
+
+// The path's text reads back to the same path and writes the same text again.
+void CheckReadsBack(gnmi::Path* path) {
+  const std::string text = Text(path);
+  gnmi::Path back;
+  back.set_target(path->target());
+  GOOGLE_CHECK_EQ(GNMI_Path_FromString(&back, text.data(), Len(text), nullptr), 1) << text;
+  CheckEqual(back, *path);
+  GOOGLE_CHECK_EQ(Text(&back), text);
+}
+
+// The input taken from the front as small numbers and short strings.
+struct Input {
+  const uint8_t* next;
+  size_t left;
+  int Number(int most) {
+    if (left == 0) return 0;
+    --left;
+    return *next++ % (most + 1);
+  }
+  std::string String(int most) {
+    const size_t n = std::min<size_t>(Number(most), left);
+    std::string text(reinterpret_cast<const char*>(next), n);
+    next += n;
+    left -= n;
+    return text;
+  }
+};
+
+gnmi::Path MadePath(Input* in) {
+  gnmi::Path path;
+  path.set_origin(in->String(8));
+  for (int e = in->Number(6); e > 0; --e) {
+    gnmi::PathElem* elem = path.add_elem();
+    elem->set_name(in->String(12) + "n");  // names are never empty
+    for (int k = in->Number(3); k > 0; --k) {
+      (*elem->mutable_key())[in->String(12) + "k"] = in->String(12);
+    }
+  }
+  return path;
 }
 
 }  // namespace
@@ -416,6 +465,29 @@ void cancel_args(const uint8_t* data, size_t size) {
   GRPCI_CancelReplySetRequestId(reply.get(), want.request_id());
   GRPCI_CancelReplySetMessage(reply.get(), want.message().data(), Len(want.message()));
   CheckDecodes(Bytes(GRPCI_CancelReplySerialize, reply.get()), &want);
+}
+
+// Text from outside into GNMI_Path_FromString: refused with the path left
+// as it was, or read into a path whose text reads back to it. The same bytes
+// also make a path of any names (none empty) that must come back from its
+// own text.
+void path_text(const uint8_t* data, size_t size) {
+  gnmi::Path path;
+  GNMI_Path_FromString(&path, "before:/kept[k=v]", 17, nullptr);
+  path.set_target("r1");
+  const gnmi::Path before = path;
+  uint32_t at = 0;
+  const auto* text = reinterpret_cast<const char*>(data);
+  if (GNMI_Path_FromString(&path, text, static_cast<uint32_t>(size), &at) == 1) {
+    GOOGLE_CHECK_EQ(path.target(), "r1");
+    CheckReadsBack(&path);
+  } else {
+    GOOGLE_CHECK_LE(at, size);
+    CheckEqual(path, before);
+  }
+  Input in{data, size};
+  gnmi::Path made = MadePath(&in);
+  CheckReadsBack(&made);
 }
 
 }  // namespace harness

@@ -1,6 +1,6 @@
-// The fuzz harnesses (harnesses.cc, path_text.cc). Each takes one input
-// from outside the device and checks every answer the entry points give for
-// it against the message runtime; a failed check ends the program.
+// The fuzz harnesses (harnesses.cc). Each takes one input from outside the
+// device and checks every answer the entry points give for it against the
+// message runtime; a failed check ends the program.
 #ifndef MGMTMSG_FUZZ_HARNESSES_H
 #define MGMTMSG_FUZZ_HARNESSES_H
 

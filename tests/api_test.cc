@@ -1,6 +1,5 @@
 // The library as its callers see it: the gNMI RPC contexts and the messages
-// below them, the C interface driven from strict C99 (c_api/c_calls.c), and
-// the schemas as the generated classes put them on the wire. The readers'
+// below them, and the schemas as the generated classes put them on the wire. The readers'
 // answers for parsed requests are checked field by field by the fuzz
 // harnesses, whose seeds (fuzz/corpus) replay as tests of every build.
 #include <google/protobuf/util/message_differencer.h>
@@ -19,17 +18,11 @@
 #include "support/fatal_capture.h"
 #include "support/gnmi_access.h"
 
-// c_api/c_calls.c, built as strict C99, answers 0 when each of its checks held,
-// else the line of the first that failed.
-extern "C" int CRunCalls();
-
 namespace {
 
 using google::protobuf::Message;
 using google::protobuf::util::MessageDifferencer;
-using testsupport::FromText;
-using testsupport::Make;
-using testsupport::Serialized;
+using namespace testsupport;
 using namespace std::string_literals;
 
 // Parses the request written in text format into the context.
@@ -310,7 +303,6 @@ TEST(GnmiPath, AppendKeyOverwritesKeepsTheKeysBytesAndGetKeyAnswersEmptyPastTheE
   EXPECT_THROW(GNMI_PathElem_AppendKey(&elem, "k", 1, nullptr, 1), std::logic_error);
 }
 
-TEST(CApi, GetRpcAndSouthFrameFromC) { EXPECT_EQ(CRunCalls(), 0); }
 
 TEST(Schema, InvalidUtf8FailsAStringFieldButNotABytesField) {
   const auto& southMsg = quorix_grpc_ipc::SouthMsg::default_instance();

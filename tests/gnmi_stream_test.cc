@@ -34,15 +34,14 @@ TEST(GnmiStream, EachReplyAfterAResetIsExactlyItsOwnWithTheRequestAndTheLastByte
   }
 }
 
-TEST(GnmiStream, SubscribeResetSendsOnlyTheNewNotificationAndKeepsTheSyncResponse) {
-  const std::string alias(40, 'a');  // with storage of its own, freed by the reset
+TEST(GnmiStream, SubscribeResetEmptiesTheUpdateOnlyWhateverItHeld) {
   auto ctx = testsupport::Make<GNMI_Subscribe_Init, GNMI_Subscribe_DeInit>();
   GNMI_SubscribeRequest_SyncResponse(ctx.get(), 1);
-  for (const uint32_t len : {40, 40, 0}) {
+  for (const uint32_t len : {40, 40, 0}) {  // an alias with storage of its own, then none
     ASSERT_EQ(GNMI_SubscribeResponse_Reset(ctx.get()), 1);
     void* notification = GNMI_SubscribeResponse_GetNotification(ctx.get());
     GNMI_Notification_SetTimestamp(notification, 7);
-    GNMI_Notification_SetAlias(notification, alias.data(), len);
+    GNMI_Notification_SetAlias(notification, std::string(40, 'a').data(), len);
   }
   // update { timestamp: 7 }, then sync_response: true
   EXPECT_EQ(Serialized(GNMI_SubscribeResponse_Serialize, ctx.get()), "\x0a\x02\x08\x07");

@@ -28,15 +28,10 @@ namespace {
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 using mgmtmsg::As;
-using testsupport::Make;
-using testsupport::SerializeWith;
+using namespace testsupport;
 using namespace std::string_literals;
-using quorix_dialin::CancelReply;
-using quorix_dialin::SubsReply;
-using quorix_grpc_ipc::ClientRpc;
-using quorix_grpc_ipc::RpcData;
-using quorix_grpc_ipc::ServerRpc;
-using quorix_grpc_ipc::SouthMsg;
+using namespace quorix_dialin;
+using namespace quorix_grpc_ipc;
 
 // The IPC frame's length word, in host byte order.
 std::string Word(uint32_t length) { return std::string(reinterpret_cast<char*>(&length), 4); }

@@ -12,10 +12,11 @@
 
 int main(void) {
   // GetRequest type STATE, encoding JSON_IETF; a length-delimited field cut
-  // short; GetResponse with one notification of timestamp 1 and prefix /a.
+  // short; GetResponse with an empty notification, then one of timestamp 1
+  // and prefix /a.
   static const unsigned char request[] = {0x18, 0x02, 0x28, 0x04}, malformed[] = {0x12, 0x05, 0x12};
-  static const unsigned char response[] = {0x0a, 0x09, 0x08, 0x01, 0x12, 0x05,
-                                           0x1a, 0x03, 0x0a, 0x01, 'a'};
+  static const unsigned char response[] = {0x0a, 0x00, 0x0a, 0x09, 0x08, 0x01, 0x12,
+                                           0x05, 0x1a, 0x03, 0x0a, 0x01, 'a'};
   // SouthMsg rpc_id 7, behind its length word in host byte order.
   static const unsigned char body[] = {0x10, 0x07};
   const uint32_t length = sizeof body;
@@ -31,6 +32,7 @@ int main(void) {
   if (ok) {
     GNMI_Notification_SetTimestamp(GNMI_GetResponse_AppendNotification(ctx), 9);
     ok = GNMI_GetResponse_Reset(ctx) == 1;
+    GNMI_GetResponse_AppendNotification(ctx);
     notification = GNMI_GetResponse_AppendNotification(ctx);
     GNMI_Notification_SetTimestamp(notification, 1);
     ok = ok && GNMI_Path_FromString(GNMI_Notification_AddPrefix(notification), "a", 1, NULL) == 1;
