@@ -303,7 +303,6 @@ TEST(GnmiPath, AppendKeyOverwritesKeepsTheKeysBytesAndGetKeyAnswersEmptyPastTheE
   EXPECT_THROW(GNMI_PathElem_AppendKey(&elem, "k", 1, nullptr, 1), std::logic_error);
 }
 
-
 TEST(Schema, InvalidUtf8FailsAStringFieldButNotABytesField) {
   const auto& southMsg = quorix_grpc_ipc::SouthMsg::default_instance();
   const std::tuple<const Message&, std::string, bool> cases[] = {
