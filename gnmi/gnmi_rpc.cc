@@ -3,7 +3,24 @@
 #include <climits>
 #include <new>
 
-GnmiRpcBase::~GnmiRpcBase() { delete[] buffer_; }
+#include "gnmi/wire_writer.h"
+
+GnmiRpcBase::~GnmiRpcBase() {
+  delete[] buffer_;
+  delete writer_;
+}
+
+mgmtmsg::WireWriter* GnmiRpcBase::MakeWriter_() {
+  if (writer_ == nullptr) {
+    const bool subscribe = dynamic_cast<const GnmiRpcSubscribe*>(this) != nullptr;
+    writer_ = new (std::nothrow) mgmtmsg::WireWriter(subscribe);
+  }
+  return writer_;
+}
+
+void GnmiRpcBase::FinishWriter_(void** out, int* outLen) {
+  writer_->Finish(&buffer_, &bufferCapacity_, out, outLen);
+}
 
 int GnmiRpcBase::ParseRequest(google::protobuf::MessageLite* request, const void* data, int len) {
   if (!request->ParseFromArray(data, len)) {

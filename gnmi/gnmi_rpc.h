@@ -9,6 +9,10 @@
 #include "gnmi/gnmi.pb.h"
 #include "gnmi/response_arena.h"
 
+namespace mgmtmsg {
+class WireWriter;
+}
+
 class MGMTMSG_EXPORT GnmiRpcBase {
  public:
   // Values of the status words; nothing in the library reads them back.
@@ -43,6 +47,16 @@ class MGMTMSG_EXPORT GnmiRpcBase {
   // (a failure leaves the call as std::bad_alloc).
   enum class BufferAllocation { kNothrow, kThrowing };
 
+  // The context's notification writer (gnmi/gnmi_wire.h): the one made
+  // before, or null.
+  mgmtmsg::WireWriter* Writer_() const { return writer_; }
+  // The writer, made on first use (one notification per message on a
+  // Subscribe context); null when memory runs out.
+  mgmtmsg::WireWriter* MakeWriter_();
+  // Hands the writer's finished message out as the output, as Serialize
+  // does; the writer keeps the former output buffer for its next message.
+  void FinishWriter_(void** out, int* outLen);
+
  protected:
   int ParseRequest(google::protobuf::MessageLite* request, const void* data, int len);
   int SerializeToBuffer(const google::protobuf::MessageLite& response, BufferAllocation allocation,
@@ -53,6 +67,9 @@ class MGMTMSG_EXPORT GnmiRpcBase {
   std::string rpcPath_;
   char* buffer_ = nullptr;
   int bufferCapacity_ = 0;
+
+ private:
+  mgmtmsg::WireWriter* writer_ = nullptr;
 };
 
 // A unary RPC: one request, one response; the members are read and built

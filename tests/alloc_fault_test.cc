@@ -15,6 +15,7 @@
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_path.h"
 #include "gnmi/gnmi_rpc.h"
+#include "gnmi/gnmi_wire.h"
 #include "grpci/grpci_ex.h"
 #include "oxa_mem_host.h"
 #include "quorix-grpc-dialin.pb.h"
@@ -446,6 +447,63 @@ TEST(AllocFaultPaths, EveryAllocationFailsInTurnLeavingThePathAsItWas) {
         },
         3);
     EXPECT_LE(Live() - start, 2 * 3);  // at most two kept elements
+  }
+}
+
+// The notification writer: a wire path, a first Begin (the writer and its
+// buffer) and an update that grows the buffer, each allocation failing in
+// turn: 0 (NULL), the message and the output handed out as they were.
+TEST(AllocFaultWriter, EveryAllocationFailsInTurnLeavingMessageAndOutput) {
+  const std::unique_ptr<void, void (*)(void*)> holder(GNMI_Get_Init(), GNMI_Get_DeInit);
+  void* path = GNMI_Update_SetPath(Update(holder.get()));
+  GNMI_Path_FromString(path, "/a/b", 4, nullptr);
+  FailEachInTurn([&](int64_t k) {
+    allocfault::FailAfter(k);
+    void* wire = GNMI_WirePath_Make(path);
+    allocfault::Disarm();
+    EXPECT_EQ(wire == nullptr, allocfault::Fired());
+    GNMI_WirePath_Free(wire);
+    return allocfault::Fired();
+  });
+  const std::unique_ptr<void, void (*)(void*)> wire(GNMI_WirePath_Make(path), GNMI_WirePath_Free);
+  static const std::string kLongText(1000, 't');     // more than a new buffer holds
+  const std::string stamped("\x0a\x02\x08\x02", 4);  // the notification of Begin(ctx, 2, NULL)
+  for (const Owner& owner : {kGet, kSubscribe}) {
+    // A fresh context, a message written, failing allocation k of `call`:
+    // the output of the message written and the message after the call.
+    const auto attempt = [&](bool first, int64_t k, int (*call)(void* ctx, void* wire)) {
+      const std::unique_ptr<void, void (*)(void*)> ctx(owner.init(), owner.deinit);
+      void* out = nullptr;
+      int len = 0;
+      EXPECT_EQ(first || (GNMI_Writer_Begin(ctx.get(), 2, nullptr) == 1 &&
+                          GNMI_Writer_Finish(ctx.get(), &out, &len) == 1),
+                true);
+      const std::string output = testsupport::Bytes(out, len);
+      EXPECT_EQ(first || GNMI_Writer_Begin(ctx.get(), 2, nullptr) == 1, true);
+      allocfault::FailAfter(k);
+      const int result = call(ctx.get(), wire.get());
+      allocfault::Disarm();
+      const bool fired = allocfault::Fired();
+      EXPECT_EQ(result, fired ? 0 : 1);
+      EXPECT_EQ(testsupport::Bytes(out, len), output);
+      void* again = nullptr;
+      int againLen = 0;
+      EXPECT_EQ(GNMI_Writer_Finish(ctx.get(), &again, &againLen), 1);
+      // After a failure, the message holds what it held before the call.
+      EXPECT_EQ(testsupport::Bytes(again, againLen) == (first ? "" : stamped), fired) << k;
+      return fired;
+    };
+    EXPECT_GT(FailEachInTurn([&](int64_t k) {
+                return attempt(true, k,
+                               [](void* ctx, void*) { return GNMI_Writer_Begin(ctx, 2, nullptr); });
+              }),
+              1);
+    EXPECT_GT(FailEachInTurn([&](int64_t k) {
+                return attempt(false, k, [](void* ctx, void* wire) {
+                  return GNMI_Writer_AddJson(ctx, wire, kLongText.data(), 1000);
+                });
+              }),
+              0);
   }
 }
 

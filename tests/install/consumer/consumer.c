@@ -5,6 +5,7 @@
 #include <gnmi/gnmi_ex.h>
 #include <gnmi/gnmi_path.h>
 #include <gnmi/gnmi_stream.h>
+#include <gnmi/gnmi_wire.h>
 #include <grpci/grpci_ex.h>
 #include <platform/oxa_mem.h>
 #include <stdio.h>
