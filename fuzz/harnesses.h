@@ -20,6 +20,7 @@ void south_msg(const uint8_t* data, size_t size);
 void subs_args(const uint8_t* data, size_t size);
 void cancel_args(const uint8_t* data, size_t size);
 void path_text(const uint8_t* data, size_t size);
+void wire_writer(const uint8_t* data, size_t size);
 
 // Every harness, by the name of its seed folder fuzz/corpus/fuzz_<name>.
 inline constexpr std::pair<const char*, Harness> kHarnesses[] = {
@@ -30,7 +31,8 @@ inline constexpr std::pair<const char*, Harness> kHarnesses[] = {
     {"south_msg", south_msg},
     {"subs_args", subs_args},
     {"cancel_args", cancel_args},
-    {"path_text", path_text}};
+    {"path_text", path_text},
+    {"wire_writer", wire_writer}};
 
 }  // namespace harness
 
