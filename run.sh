@@ -24,6 +24,9 @@ need_packages() {
 
 base_packages=(cmake make g++ pkg-config libprotobuf-dev protobuf-compiler libgtest-dev
   libbenchmark-dev)
+# The benchmarks' protobuf-c side; the benchmarks are built wherever Google
+# Benchmark is found.
+base_packages+=(libprotobuf-c-dev protobuf-c-compiler)
 
 # configure DIR [CMAKE OPTION...]: configures DIR with the tests on, whatever
 # an earlier configuration of it said.

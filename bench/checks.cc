@@ -7,6 +7,7 @@
 #include "alloc_count.h"
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_stream.h"
+#include "gnmi/gnmi_wire.h"
 #include "grpci/grpci_ex.h"
 #include "oxa_mem_host.h"
 #include "registry.h"
@@ -25,12 +26,6 @@ namespace bench {
 namespace {
 
 using Side = std::function<void(BenchSink*)>;
-
-std::string Record(const Side& side) {
-  BenchSink sink;
-  side(&sink);
-  return std::move(sink.bytes);
-}
 
 IdentityResult Compare(const std::string& workload, const Side& ours, const Side& direct) {
   const std::string oursBytes = Record(ours);
@@ -97,7 +92,21 @@ Side Twice(const Side& side) {
   };
 }
 
+// A whole reply through the writer, repeated on the same context.
+AllocationResult SteadyWriter(const std::string& call, Owned ctx, int before, int measured,
+                              size_t (*write)(void* ctx, const void* paths, int m)) {
+  Owned paths(WriterPathsNew(), WriterPathsFree);
+  return SteadyReplies(call, std::move(ctx), before, measured,
+                       [&](void* c, int m) { write(c, paths.get(), m); });
+}
+
 }  // namespace
+
+std::string Record(const Side& side) {
+  BenchSink sink;
+  side(&sink);
+  return std::move(sink.bytes);
+}
 
 std::vector<IdentityResult> CheckIdentity() {
   const BenchText request = DirectW2Request();
@@ -107,7 +116,16 @@ std::vector<IdentityResult> CheckIdentity() {
   Owned replies(DirectRepliesNew(), DirectRepliesFree);
   void* paths[kGetUpdates];
   Owned pathsCtx(OursPathsBuild(paths), GNMI_Get_DeInit);
+  Owned wirePaths(WriterPathsNew(), WriterPathsFree);
+  Owned writerGet(GNMI_Get_Init(), GNMI_Get_DeInit);
   return {
+      Compare("W1 writer",
+              Twice([&](BenchSink* sink) { WriterW1(writerGet.get(), wirePaths.get(), sink); }),
+              Twice(DirectW1)),
+      Compare("W1 protobuf-c", Twice(PbcW1), Twice(DirectW1)),
+      Compare(
+          "W3 writer", [&](BenchSink* sink) { WriterW3(wirePaths.get(), sink); }, DirectW3Arena),
+      Compare("W3 protobuf-c", PbcW3, DirectW3Arena),
       Compare("W1", OursW1, DirectW1),
       Compare("W1 reset, arena", Twice([&](BenchSink* sink) { OursW1Reset(getCtx.get(), sink); }),
               Twice([&](BenchSink* sink) { DirectW1Arena(replies.get(), sink); })),
@@ -153,6 +171,14 @@ std::vector<AllocationResult> SerializeAgainAllocations() {
       SteadyReplies("W1 responses on one Get context, 10 after 10: reset, build, serialize",
                     Owned(GNMI_Get_Init(), GNMI_Get_DeInit), 10, 10,
                     [](void* ctx, int) { OursW1Reset(ctx, nullptr); }),
+      SteadyWriter("W3 messages through the writer at steady state, 1000 after 1000",
+                   Owned(GNMI_Subscribe_Init(), GNMI_Subscribe_DeInit), 1000, 1000,
+                   [](void* ctx, const void* paths, int m) {
+                     return WriterW3Message(ctx, paths, m, nullptr);
+                   }),
+      SteadyWriter("W1 responses through the writer at steady state, 10 after 10",
+                   Owned(GNMI_Get_Init(), GNMI_Get_DeInit), 10, 10,
+                   [](void* ctx, const void* paths, int) { return WriterW1(ctx, paths, nullptr); }),
       Measure("GRPCI_SouthMsgSerialize again (1 MiB rpc_data) + OXA_Free_F",
               [&] { OursW4(south.get(), nullptr); }),
       Measure("GRPCI_SubsReplySerialize again (4 KiB message) + OXA_Free_F",

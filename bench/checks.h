@@ -5,10 +5,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
+struct BenchSink;
+
 namespace bench {
+
+// The bytes that `side` hands to its sink.
+std::string Record(const std::function<void(BenchSink*)>& side);
 
 struct IdentityResult {
   std::string workload;

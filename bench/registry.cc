@@ -3,6 +3,7 @@
 #include <array>
 #include <memory>
 
+#include "checks.h"
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_rpc.h"
 #include "gnmi/gnmi_stream.h"
@@ -50,6 +51,37 @@ void AddPaths(std::vector<Workload>& workloads) {
                        [kept] { return PrinterPathsToText(kept->paths.data(), nullptr); }});
 }
 
+// The notification writer's sides of W1 and W3, protobuf-c's, and a memcpy
+// of the bytes they produce (W1's response; W3's first message, once per
+// message of the stream).
+void AddWriter(std::vector<Workload>& workloads) {
+  auto paths = std::make_shared<Owned>(WriterPathsNew(), WriterPathsFree);
+  auto getCtx = std::make_shared<Owned>(GNMI_Get_Init(), GNMI_Get_DeInit);
+  const auto w1 = std::make_shared<std::string>(
+      Record([&](BenchSink* sink) { WriterW1(getCtx->get(), paths->get(), sink); }));
+  const auto w3 = std::make_shared<std::string>(Record([&](BenchSink* sink) {
+    Owned ctx(GNMI_Subscribe_Init(), GNMI_Subscribe_DeInit);
+    WriterW3Message(ctx.get(), paths->get(), 0, sink);
+  }));
+  auto to = std::make_shared<std::vector<char>>(w1->size());
+  workloads.push_back({"W1/writer", "response", 1, 10,
+                       [paths, getCtx] { return WriterW1(getCtx->get(), paths->get(), nullptr); }});
+  workloads.push_back({"W1/protobuf_c", "response", 1, 10, [] { return PbcW1(nullptr); }});
+  workloads.push_back({"W1/memcpy", "response", 1, 10,
+                       [w1, to] { return DirectW4Copy(to->data(), w1->data(), w1->size()); }});
+  workloads.push_back({"W3/writer", "message", kStreamMessages, 1,
+                       [paths] { return WriterW3(paths->get(), nullptr); }});
+  workloads.push_back(
+      {"W3/protobuf_c", "message", kStreamMessages, 1, [] { return PbcW3(nullptr); }});
+  workloads.push_back({"W3/memcpy", "message", kStreamMessages, 1, [w3, to] {
+                         size_t copied = 0;
+                         for (int m = 0; m < kStreamMessages; m++) {
+                           copied += DirectW4Copy(to->data(), w3->data(), w3->size());
+                         }
+                         return copied;
+                       }});
+}
+
 std::vector<Workload> MakeWorkloads() {
   const BenchText setRequest = DirectW2Request();
   auto oursReply = std::make_shared<Owned>(OursW5Build(), GRPCI_SubsReplyDeInit);
@@ -80,6 +112,7 @@ std::vector<Workload> MakeWorkloads() {
                          return DirectW5(directReply->get(), kReplyRuns, nullptr);
                        }});
   AddPaths(workloads);
+  AddWriter(workloads);
   return workloads;
 }
 

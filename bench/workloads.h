@@ -136,6 +136,21 @@ void* DirectW5Build(void);
 void DirectW5Free(void* reply);
 size_t DirectW5(void* reply, int runs, BenchSink* sink);
 
+/* ---- Through the notification writer (writer.c) ----
+ * W1's prefix and update paths encoded once, kept until freed. */
+void* WriterPathsNew(void);
+void WriterPathsFree(void* paths);
+/* W1 written on a Get context kept from response to response. */
+size_t WriterW1(void* getCtx, const void* paths, BenchSink* sink);
+/* Message m of a W3 stream written on a Subscribe context. */
+size_t WriterW3Message(void* ctx, const void* paths, int m, BenchSink* sink);
+/* W3 on a fresh Subscribe context. */
+size_t WriterW3(const void* paths, BenchSink* sink);
+
+/* ---- With protobuf-c (protobuf_c.c), same content ---- */
+size_t PbcW1(BenchSink* sink);
+size_t PbcW3(BenchSink* sink);
+
 #ifdef __cplusplus
 }
 #endif
