@@ -20,6 +20,11 @@ foreach(ns IN ITEMS gnmi gnmi_ext quorix_dialin quorix_dialout quorix_grpc_ipc d
          "      *google::protobuf::Arena::CreateMaybeMessage?${ns}::*;\n")
 endforeach()
 
-configure_file(${PROJECT_SOURCE_DIR}/abi/mgmtmsg.map.in ${MGMTMSG_VERSION_SCRIPT} @ONLY)
+# The device form (MGMTMSG_STATIC_PROTOBUF) exports the C entry points alone.
+if(MGMTMSG_STATIC_PROTOBUF)
+  configure_file(${PROJECT_SOURCE_DIR}/abi/mgmtmsg-c.map.in ${MGMTMSG_VERSION_SCRIPT} @ONLY)
+else()
+  configure_file(${PROJECT_SOURCE_DIR}/abi/mgmtmsg.map.in ${MGMTMSG_VERSION_SCRIPT} @ONLY)
+endif()
 target_link_options(mgmtmsg PRIVATE "LINKER:--version-script=${MGMTMSG_VERSION_SCRIPT}")
 set_property(TARGET mgmtmsg APPEND PROPERTY LINK_DEPENDS ${MGMTMSG_VERSION_SCRIPT})

@@ -1,7 +1,10 @@
 #!/usr/bin/env bash
 # Builds the device's third-party runtime once, for powerpc-linux-gnu, into a
 # prefix outside the source tree:
-#   - libprotobuf 3.21.12 (shared, no protoc), from Debian's protobuf sources;
+#   - libprotobuf 3.21.12 (shared, no protoc), from Debian's protobuf sources,
+#     and its position-independent objects as lib/libprotobuf-pic.a, every
+#     function and datum in a section of its own, for a library that links the
+#     runtime in (MGMTMSG_STATIC_PROTOBUF);
 #   - GoogleTest and GoogleMock (static), from Debian's /usr/src/googletest.
 # The prefix is $MGMTMSG_TARGET_CACHE, else $HOME/.cache/mgmtmsg/powerpc-linux-gnu.
 # A stamp in the prefix makes later runs a no-op; every run prints the prefix
@@ -179,7 +182,14 @@ build_all() {
   build_and_install protobuf "$WORK/protobuf" \
     -DBUILD_SHARED_LIBS=ON -Dprotobuf_BUILD_TESTS=OFF -Dprotobuf_BUILD_CONFORMANCE=OFF \
     -Dprotobuf_BUILD_EXAMPLES=OFF -Dprotobuf_BUILD_PROTOC_BINARIES=OFF \
-    -Dprotobuf_BUILD_LIBPROTOC=OFF -Dprotobuf_WITH_ZLIB=OFF
+    -Dprotobuf_BUILD_LIBPROTOC=OFF -Dprotobuf_WITH_ZLIB=OFF \
+    -DCMAKE_CXX_FLAGS="-ffunction-sections -fdata-sections"
+  # The shared library's objects are position-independent: archived as they
+  # are (appended, not replaced: some share a file name), they are the static
+  # runtime.
+  find "$WORK/build-protobuf/CMakeFiles/libprotobuf.dir" -name '*.o' -print0 | sort -z |
+    xargs -0 "$TRIPLE-ar" qcS "$PREFIX/lib/libprotobuf-pic.a"
+  "$TRIPLE-ranlib" "$PREFIX/lib/libprotobuf-pic.a"
   build_and_install googletest /usr/src/googletest \
     -DBUILD_SHARED_LIBS=OFF -DBUILD_GMOCK=ON -DINSTALL_GTEST=ON
   rm -rf "$WORK"
