@@ -51,7 +51,7 @@ class Reader {
 
 WireStep NextStep(Reader& in) {
   WireStep step{static_cast<WireStep::Kind>(in.Byte() % (WireStep::kDelete + 1)), 0, 0, 0, ""};
-  const int path = in.Byte() % (kPaths.size() + 1);
+  const int path = in.Byte() % static_cast<int>(kPaths.size() + 1);
   step.path = step.kind == WireStep::kBegin ? path - 1 : path % static_cast<int>(kPaths.size());
   if (step.kind == WireStep::kFloat) {
     const auto bits = static_cast<uint32_t>(in.Number());

@@ -64,7 +64,7 @@ uint64_t WireWriter::SizeWith(uint64_t extra) const {
 bool WireWriter::Reserve(uint64_t needed) {
   if (needed <= static_cast<uint64_t>(capacity_)) return true;
   // Doubling, but never far beyond what the largest message needs.
-  const uint64_t ceiling = kMaxMessageBytes + 4 * kHeaderGap;
+  const uint64_t ceiling = kMaxMessageBytes + uint64_t{4} * kHeaderGap;
   const uint64_t grown = std::min<uint64_t>(2 * static_cast<uint64_t>(capacity_), ceiling);
   const uint64_t capacity = std::max<uint64_t>({needed, grown, kMinCapacity});
   char* bytes = new (std::nothrow) char[capacity];
