@@ -475,11 +475,10 @@ TEST(AllocFaultWriter, EveryAllocationFailsInTurnLeavingMessageAndOutput) {
       const std::unique_ptr<void, void (*)(void*)> ctx(owner.init(), owner.deinit);
       void* out = nullptr;
       int len = 0;
-      EXPECT_EQ(first || (GNMI_Writer_Begin(ctx.get(), 2, nullptr) == 1 &&
-                          GNMI_Writer_Finish(ctx.get(), &out, &len) == 1),
-                true);
+      EXPECT_TRUE(first || (GNMI_Writer_Begin(ctx.get(), 2, nullptr) == 1 &&
+                            GNMI_Writer_Finish(ctx.get(), &out, &len) == 1));
       const std::string output = testsupport::Bytes(out, len);
-      EXPECT_EQ(first || GNMI_Writer_Begin(ctx.get(), 2, nullptr) == 1, true);
+      EXPECT_TRUE(first || GNMI_Writer_Begin(ctx.get(), 2, nullptr) == 1);
       allocfault::FailAfter(k);
       const int result = call(ctx.get(), wire.get());
       allocfault::Disarm();
