@@ -13,6 +13,7 @@ set(MGMTMSG_INSTALL_PKGCONFIGDIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 install(TARGETS mgmtmsg oxa_mem_host LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 foreach(header IN ITEMS gnmi/gnmi_ex.h gnmi/gnmi_stream.h gnmi/gnmi_path.h grpci/grpci_ex.h
+                        gnmi/gnmi_value.h grpci/grpci_bytes.h common/mgmtmsg_codes.h
                         platform/oxa_mem.h platform/oxa_mem_host.h)
   get_filename_component(subdir ${header} DIRECTORY)
   install(FILES ${PROJECT_SOURCE_DIR}/${header}
