@@ -22,7 +22,7 @@ need_packages() {
   fi
 }
 
-base_packages=(cmake make g++ pkg-config libprotobuf-dev protobuf-compiler libgtest-dev
+base_packages=(cmake make g++ pkg-config libprotobuf-dev protobuf-compiler libgtest-dev python3-protobuf
   libbenchmark-dev)
 
 # configure DIR [CMAKE OPTION...]: configures DIR with the tests on, whatever
