@@ -22,8 +22,8 @@ need_packages() {
   fi
 }
 
-base_packages=(cmake make g++ pkg-config libprotobuf-dev protobuf-compiler libgtest-dev python3-protobuf
-  libbenchmark-dev)
+base_packages=(cmake make g++ pkg-config libprotobuf-dev protobuf-compiler libgtest-dev
+  libbenchmark-dev python3-protobuf python3-grpc-tools libgrpc++-dev protobuf-compiler-grpc)
 
 # configure DIR [CMAKE OPTION...]: configures DIR with the tests on, whatever
 # an earlier configuration of it said.

@@ -4,9 +4,10 @@
 # service code is generated with protoc --grpc_out over the library's message
 # classes, built and run.
 #   cmake -DBUILD_DIR=... -DLIBDIR=lib -DCONSUMER_DIR=... -DWORK_DIR=... -DPYTHON=...
+#         -DCXX_COMPILER=...
 #         [-DGENERATOR=...] [-DEXTRA_FLAGS=flag|flag...] [-DRUNTIME_DIRS=dir|dir...]
 #         -P peers_test.cmake
-foreach(var IN ITEMS BUILD_DIR LIBDIR CONSUMER_DIR WORK_DIR PYTHON)
+foreach(var IN ITEMS BUILD_DIR LIBDIR CONSUMER_DIR WORK_DIR PYTHON CXX_COMPILER)
   if(NOT ${var})
     message(FATAL_ERROR "${var} is not set")
   endif()
@@ -35,9 +36,9 @@ run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${stage})
 # their imports look for them (github/com/..., as the message modules are).
 set(py ${WORK_DIR}/python)
 file(MAKE_DIRECTORY ${py})
-file(GLOB_RECURSE protos RELATIVE ${schemas} ${schemas}/*.proto)
+file(GLOB_RECURSE protos ${schemas}/*.proto)
 run(${PYTHON} -m grpc_tools.protoc -I${schemas} --python_out=${py} --grpc_python_out=${py}
-    ${protos} WORKING_DIRECTORY ${schemas})
+    ${protos})
 run(${CMAKE_COMMAND} -E copy_directory ${py}/github.com ${py}/github/com)
 run(${CMAKE_COMMAND} -E rm -r ${py}/github.com)
 run(${CMAKE_COMMAND} -E env PYTHONPATH=${py} ${PYTHON} -c
@@ -58,7 +59,8 @@ foreach(dir IN LISTS RUNTIME_DIRS)
 endforeach()
 list(JOIN EXTRA_FLAGS " " cxx_flags)
 list(JOIN link_flags " " exe_flags)
-run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${build} ${args} "-DCMAKE_CXX_FLAGS=${cxx_flags}"
+run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${build} ${args} -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
+    "-DCMAKE_CXX_FLAGS=${cxx_flags}"
     "-DCMAKE_EXE_LINKER_FLAGS=${exe_flags}")
 run(${CMAKE_COMMAND} --build ${build})
 set(library_path ${stage}/${LIBDIR} ${RUNTIME_DIRS})
