@@ -59,6 +59,7 @@ MGMTMSG_API const char* GNMI_TypedValue_ReadBytes(void* value, uint32_t* len);
 /** @return float_val, 0 when not held. */
 MGMTMSG_API float GNMI_TypedValue_ReadFloat(void* value);
 /** Reads decimal_val, whose value is digits / 10^precision.
+ * @param value the TypedValue.
  * @param precision receives the precision (0 when not held); may be NULL.
  * @return the digits, 0 when not held. */
 MGMTMSG_API int64_t GNMI_TypedValue_ReadDecimal(void* value, uint32_t* precision);
