@@ -7,6 +7,7 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 
 #include "common/mgmtmsg_codes.h"
 #include "gnmi/gnmi.pb.h"
@@ -125,56 +126,45 @@ const struct Row {
     {GNMI_TYPEDVALUE_NONE, [](void*) {}, Defaults(0, "")},
 };
 
-TEST(TypedValues, EveryMemberAPeerWroteReadsBackExactAndReadingChangesNothing) {
+TEST(TypedValues, EveryMemberReadsBackExactAndOurSettersWriteWhatThePeerWrote) {
   std::ifstream file(MGMTMSG_SET_REQUEST, std::ios::binary);
   const std::string bytes{std::istreambuf_iterator<char>(file), {}};
   auto ctx = testsupport::Make<GNMI_Set_Init, GNMI_Set_DeInit>();
   ASSERT_EQ(GNMI_SetRequest_Parse(ctx.get(), bytes.data(), static_cast<int>(bytes.size())), 1);
   ASSERT_EQ(GNMI_SetRequest_UpdateSizeof(ctx.get()), static_cast<int>(std::size(kRows)));
+  gnmi::TypedValue ours;  // each setter replaces the member set before
   for (int i = 0; i < GNMI_SetRequest_UpdateSizeof(ctx.get()); ++i) {
     void* value = GNMI_Update_GetVal(GNMI_SetRequest_GetUpdate(ctx.get(), i));
-    const std::string before = static_cast<gnmi::TypedValue*>(value)->SerializeAsString();
+    const std::string peers = static_cast<gnmi::TypedValue*>(value)->SerializeAsString();
     EXPECT_EQ(GNMI_TypedValue_ValueCase(value), kRows[i].member) << "update " << i;
     EXPECT_EQ(ReadAll(value), kRows[i].read) << "update " << i;
-    EXPECT_EQ(static_cast<gnmi::TypedValue*>(value)->SerializeAsString(), before);
-
-    // Our setters put the same value on the wire as the peer did.
-    gnmi::TypedValue ours;
-    kRows[i].set(&ours);
-    EXPECT_EQ(ours.SerializeAsString(), before) << "update " << i;
-  }
-}
-
-TEST(TypedValues, EachSetterReplacesTheMemberBeforeAndRefusesNullDataUnchanged) {
-  gnmi::TypedValue value;
-  for (const Row& row : kRows) {
-    row.set(&value);
-    if (row.member != GNMI_TYPEDVALUE_NONE) {
-      EXPECT_EQ(GNMI_TypedValue_ValueCase(&value), row.member);
-      EXPECT_EQ(ReadAll(&value), row.read);
+    EXPECT_EQ(static_cast<gnmi::TypedValue*>(value)->SerializeAsString(), peers);
+    if (kRows[i].member != GNMI_TYPEDVALUE_NONE) {
+      kRows[i].set(&ours);
+      EXPECT_EQ(ours.SerializeAsString(), peers) << "update " << i;
     }
   }
-  GNMI_TypedValue_SetDecimalVal(&value, 5, 1);
-  GNMI_TypedValue_SetDecimalVal(&value, 6, 2);
-  const std::string decimal = value.SerializeAsString();
-  EXPECT_EQ(decimal, "\x3a\x04\x08\x06\x10\x02"s);
-  EXPECT_THROW(GNMI_TypedValue_SetBytesVal(&value, nullptr, 1), std::logic_error);
-  EXPECT_THROW(GNMI_TypedValue_SetAsciiVal(&value, nullptr, 1), std::logic_error);
-  EXPECT_THROW(GNMI_TypedValue_SetAnyVal(&value, "t", 1, nullptr, 1), std::logic_error);
-  EXPECT_THROW(GNMI_TypedValue_SetAnyVal(&value, nullptr, 1, "v", 1), std::logic_error);
-  EXPECT_EQ(value.SerializeAsString(), decimal);
+  GNMI_TypedValue_SetDecimalVal(&ours, 5, 1);
+  GNMI_TypedValue_SetDecimalVal(&ours, 6, 2);
+  EXPECT_EQ(ours.SerializeAsString(), "\x3a\x04\x08\x06\x10\x02"s);
+  EXPECT_THROW(GNMI_TypedValue_SetBytesVal(&ours, nullptr, 1), std::logic_error);
+  EXPECT_THROW(GNMI_TypedValue_SetAsciiVal(&ours, nullptr, 1), std::logic_error);
+  EXPECT_THROW(GNMI_TypedValue_SetAnyVal(&ours, "t", 1, nullptr, 1), std::logic_error);
+  EXPECT_THROW(GNMI_TypedValue_SetAnyVal(&ours, nullptr, 1, "v", 1), std::logic_error);
+  EXPECT_EQ(ours.SerializeAsString(), "\x3a\x04\x08\x06\x10\x02"s);  // unchanged
 }
 
 TEST(TypedValues, LeafListElementIsFatalJustOutsideTheList) {
   gnmi::TypedValue value;
   kRows[GNMI_TYPEDVALUE_LEAFLIST_VAL - 1].set(&value);
   void* list = GNMI_TypedValue_ReadLeaflist(&value);
-  const auto negative = testsupport::CaptureFatal([&] { GNMI_ScalarArray_Element(list, -1); });
-  const auto pastEnd = testsupport::CaptureFatal([&] { GNMI_ScalarArray_Element(list, 2); });
-  EXPECT_TRUE(negative.raised && pastEnd.raised);
-  EXPECT_EQ(negative.file, "gnmi_value");
-  EXPECT_EQ(negative.message, testsupport::kNegativeIndex);
-  EXPECT_EQ(pastEnd.message, testsupport::kPastEndIndex);
+  for (int32_t index : {-1, 2}) {
+    const auto report = testsupport::CaptureFatal([&] { GNMI_ScalarArray_Element(list, index); });
+    EXPECT_EQ(std::tie(report.raised, report.file, report.message),
+              std::make_tuple(true, "gnmi_value"s,
+                              std::string(index < 0 ? testsupport::kNegativeIndex
+                                                    : testsupport::kPastEndIndex)));
+  }
 }
 
 TEST(RpcData, DataReadsWithItsExactLength) {
