@@ -19,7 +19,6 @@ readonly PREFIX=${MGMTMSG_TARGET_CACHE:-$HOME/.cache/mgmtmsg/$TRIPLE}
 readonly STAMP=$PREFIX/.target-deps.stamp
 readonly WORK=$PREFIX/.work
 readonly PACKAGES=("g++-$TRIPLE" qemu-user dpkg-dev cmake make pkg-config protobuf-compiler googletest
-  python3-protobuf
   xz-utils)
 
 log() { echo "target-deps: $*" >&2; }
