@@ -22,14 +22,6 @@ const gnmi::ScalarArray& List(void* handle) { return *mgmtmsg::As<gnmi::ScalarAr
 // Out-of-range leaf-list indices are reported from this line.
 constexpr mgmtmsg::IndexCheckSite kElementSite{"gnmi_value", __LINE__, __LINE__};
 
-// The value's `Member`, made the member of its oneof (empty) when it held
-// another or none; see SwitchOneofTo for why not through the mutable accessor.
-template <class Member>
-Member* Hold(gnmi::TypedValue* value, bool held, Member* (gnmi::TypedValue::*mutableOf)(),
-             void (gnmi::TypedValue::*install)(Member*)) {
-  return held ? (value->*mutableOf)() : mgmtmsg::SwitchOneofTo(value, install);
-}
-
 }  // namespace
 
 int32_t GNMI_TypedValue_ValueCase(void* value) { return Read(value).value_case(); }
@@ -86,8 +78,8 @@ void GNMI_TypedValue_SetAsciiVal(void* value, const char* data, uint32_t len) {
 void GNMI_TypedValue_SetDecimalVal(void* value, int64_t digits, uint32_t precision) {
   gnmi::TypedValue* typed = Write(value);
   gnmi::Decimal64* decimal =
-      Hold(typed, typed->has_decimal_val(), &gnmi::TypedValue::mutable_decimal_val,
-           &gnmi::TypedValue::unsafe_arena_set_allocated_decimal_val);
+      mgmtmsg::OneofMember(typed, typed->has_decimal_val(), &gnmi::TypedValue::mutable_decimal_val,
+                           &gnmi::TypedValue::unsafe_arena_set_allocated_decimal_val);
   decimal->set_digits(digits);
   decimal->set_precision(precision);
 }
@@ -97,8 +89,9 @@ void GNMI_TypedValue_SetAnyVal(void* value, const char* typeUrl, uint32_t urlLen
   std::string url = StringOf(typeUrl, urlLen);
   std::string bytes = StringOf(data, len);
   gnmi::TypedValue* typed = Write(value);
-  google::protobuf::Any* any = Hold(typed, typed->has_any_val(), &gnmi::TypedValue::mutable_any_val,
-                                    &gnmi::TypedValue::unsafe_arena_set_allocated_any_val);
+  google::protobuf::Any* any =
+      mgmtmsg::OneofMember(typed, typed->has_any_val(), &gnmi::TypedValue::mutable_any_val,
+                           &gnmi::TypedValue::unsafe_arena_set_allocated_any_val);
   any->set_type_url(std::move(url));
   any->set_value(std::move(bytes));
 }
