@@ -13,8 +13,6 @@
 #include "gnmi/gnmi.pb.h"
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_value.h"
-#include "grpci/grpci_bytes.h"
-#include "grpci/grpci_ex.h"
 #include "support/fatal_capture.h"
 #include "support/owned.h"
 
@@ -165,13 +163,6 @@ TEST(TypedValues, LeafListElementIsFatalJustOutsideTheList) {
                               std::string(index < 0 ? testsupport::kNegativeIndex
                                                     : testsupport::kPastEndIndex)));
   }
-}
-
-TEST(RpcData, DataReadsWithItsExactLength) {
-  auto data = testsupport::Make<GRPCI_RpcDataInit, GRPCI_RpcDataDeInit>();
-  EXPECT_EQ(Read(GRPCI_RpcDataReadData, data.get()), "");
-  GRPCI_RpcDataSetData(data.get(), "\x0a\0\0b", 4);
-  EXPECT_EQ(Read(GRPCI_RpcDataReadData, data.get()), "\x0a\0\0b"s);
 }
 
 }  // namespace

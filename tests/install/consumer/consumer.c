@@ -44,7 +44,7 @@ int main(void) {
     ok = ok && GNMI_Path_FromString(GNMI_Notification_AddPrefix(notification), "a", 1, NULL) == 1;
     GRPCI_SouthMsgSetRpcId(msg, 7);
     GRPCI_SouthMsgSetReqType(msg, GRPCI_REQTYPE_INVALID);
-    GRPCI_RpcDataSetData(data, "\0x", 2);
+    GRPCI_RpcDataSetData(data, "\0x", 2); /* RPC data, NUL and all */
     ok = ok && GRPCI_RpcDataReadData(data, &dataLen)[1] == 'x' && dataLen == 2;
     ok = ok && GNMI_GetResponse_Serialize(ctx, &out, &outLen) == 1 &&
          outLen == (int)sizeof response && memcmp(out, response, sizeof response) == 0 &&
