@@ -32,6 +32,14 @@ Member* SwitchOneofTo(Parent* parent, void (Parent::*install)(Member*)) {
   return member;
 }
 
+// The parent's oneof member `Member`: the one held (through `mutableOf`), or
+// a new empty one switched to as by SwitchOneofTo when it holds another or none.
+template <class Member, class Parent>
+Member* OneofMember(Parent* parent, bool held, Member* (Parent::*mutableOf)(),
+                    void (Parent::*install)(Member*)) {
+  return held ? (parent->*mutableOf)() : SwitchOneofTo(parent, install);
+}
+
 }  // namespace mgmtmsg
 
 #endif

@@ -54,6 +54,15 @@ inline std::string StringOf(const char* data, size_t len) {
   return std::string(data, len);
 }
 
+// A bytes or string field's storage, with its exact byte count stored in
+// *len unless `len` is null.
+inline const char* BytesRead(const std::string& field, uint32_t* len) {
+  if (len != nullptr) {
+    *len = static_cast<uint32_t>(field.size());
+  }
+  return field.c_str();
+}
+
 // A handle to element `index` of a repeated message field, index-checked
 // (fatal outside the field) and reported from `site`.
 template <class RepeatedField>

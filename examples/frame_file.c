@@ -12,18 +12,18 @@ int WriteFrameFile(const char* dir, const char* name, const void* data, size_t l
   }
   if (snprintf(path, sizeof path, "%s/%s", dir, name) >= (int)sizeof path) {
     printf("%s/%s: path too long\n", dir, name);
-    return 1;
+    return FRAME_NOT_WRITTEN;
   }
   file = fopen(path, "wb");
   if (file == NULL) {
     perror(path);
-    return 1;
+    return FRAME_NOT_WRITTEN;
   }
   ok = fwrite(data, 1, len, file) == len;
   ok = fclose(file) == 0 && ok;
   if (!ok) {
     perror(path);
-    return 1;
+    return FRAME_NOT_WRITTEN;
   }
   printf("wrote %s\n", path);
   return 0;

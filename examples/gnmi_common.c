@@ -4,6 +4,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "common/mgmtmsg_codes.h"
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_path.h"
 #include "hexdump.h"
@@ -24,7 +25,11 @@ void GnmiAppendJsonUpdate(void* notification, void* path, const char* json) {
   SetText(GNMI_TypedValue_SetJsonIetfVal, GNMI_Update_SetVal(update), json);
 }
 
-const char* const kGnmiEncodings[5] = {"JSON", "BYTES", "PROTO", "ASCII", "JSON_IETF"};
+const char* const kGnmiEncodings[5] = {[GNMI_ENCODING_JSON] = "JSON",
+                                       [GNMI_ENCODING_BYTES] = "BYTES",
+                                       [GNMI_ENCODING_PROTO] = "PROTO",
+                                       [GNMI_ENCODING_ASCII] = "ASCII",
+                                       [GNMI_ENCODING_JSON_IETF] = "JSON_IETF"};
 
 const char* GnmiEnumName(const char* const* names, int count, int value) {
   return value >= 0 && value < count ? names[value] : "unknown";

@@ -6,6 +6,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "common/mgmtmsg_codes.h"
 #include "exchanges.h"
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_path.h"
@@ -36,7 +37,10 @@ static const struct {
     {"/system/config/hostname", "\"router1\""},
 };
 
-static const char* const kDataTypes[] = {"ALL", "CONFIG", "STATE", "OPERATIONAL"};
+static const char* const kDataTypes[] = {[GNMI_DATATYPE_ALL] = "ALL",
+                                         [GNMI_DATATYPE_CONFIG] = "CONFIG",
+                                         [GNMI_DATATYPE_STATE] = "STATE",
+                                         [GNMI_DATATYPE_OPERATIONAL] = "OPERATIONAL"};
 
 /* When the reply is made: 2023-11-14T22:13:20Z, in nanoseconds. */
 static const int64_t kTimestamp = INT64_C(1700000000000000000);

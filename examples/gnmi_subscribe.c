@@ -8,6 +8,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "common/mgmtmsg_codes.h"
 #include "exchanges.h"
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_path.h"
@@ -35,8 +36,13 @@ static const unsigned char kSubscribeRequest[] = {
     0x10, 0x01,  /* mode ON_CHANGE */
     0x40, 0x04}; /* encoding JSON_IETF */
 
-static const char* const kListModes[] = {"STREAM", "ONCE", "POLL"};
-static const char* const kSubscriptionModes[] = {"TARGET_DEFINED", "ON_CHANGE", "SAMPLE"};
+static const char* const kListModes[] = {[GNMI_SUBSCRIPTIONLIST_STREAM] = "STREAM",
+                                         [GNMI_SUBSCRIPTIONLIST_ONCE] = "ONCE",
+                                         [GNMI_SUBSCRIPTIONLIST_POLL] = "POLL"};
+static const char* const kSubscriptionModes[] = {
+    [GNMI_SUBSCRIPTIONMODE_TARGET_DEFINED] = "TARGET_DEFINED",
+    [GNMI_SUBSCRIPTIONMODE_ON_CHANGE] = "ON_CHANGE",
+    [GNMI_SUBSCRIPTIONMODE_SAMPLE] = "SAMPLE"};
 
 /* The interface's leaves under the prefix, with their current values, as the
  * control software keeps them. */

@@ -4,6 +4,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "common/mgmtmsg_codes.h"
 #include "exchanges.h"
 #include "frame_file.h"
 #include "grpci/grpci_ex.h"
@@ -30,9 +31,9 @@ static void* BuildClientRpcRequest(void) {
   GRPCI_SouthMsgSetConnectId(msg, 12);
   GRPCI_SouthMsgSetRpcId(msg, 3);
   GRPCI_SouthMsgSetTransNum(msg, 41);
-  GRPCI_SouthMsgSetReqType(msg, 1); /* REQTYPE_REQUEST */
-  GRPCI_SouthMsgSetOpType(msg, 1);  /* OPTYPE_CREATE */
-  GRPCI_SouthMsgSetMsgType(msg, 1); /* MSGTYPE_CLIENT_RPC */
+  GRPCI_SouthMsgSetReqType(msg, GRPCI_REQTYPE_REQUEST);
+  GRPCI_SouthMsgSetOpType(msg, GRPCI_OPTYPE_CREATE);
+  GRPCI_SouthMsgSetMsgType(msg, GRPCI_MSGTYPE_CLIENT_RPC);
   GRPCI_SouthMsgSetVrId(msg, 0);
   rpc = GRPCI_SouthMsgSetClientRpc(msg);
   SetText(GRPCI_ClientRpcSetPeerAddr, rpc, "192.0.2.10");

@@ -351,7 +351,7 @@ MGMTMSG_API void GNMI_ModelData_SetVersion(void* model, const char* data, uint32
 /** @defgroup gnmi_value TypedValue and ScalarArray
  * A typed value holds one member: each setter replaces whichever member was
  * set before (a leaf list obtained earlier is then freed). Only json_val can
- * be read back.
+ * be read back here; `gnmi/gnmi_value.h` reads and sets every member.
  * @{ */
 /** Sets string_val (convention 6). */
 MGMTMSG_API void GNMI_TypedValue_SetStringVal(void* value, const char* data, uint32_t len);

@@ -53,10 +53,9 @@ void GNMI_TypedValue_SetBoolVal(void* value, int flag) { Value(value)->set_bool_
 void GNMI_TypedValue_SetFloatVal(void* value, float number) { Value(value)->set_float_val(number); }
 void* GNMI_TypedValue_LeaflistVal(void* value) {
   gnmi::TypedValue* typed = Value(value);
-  return typed->has_leaflist_val()
-             ? typed->mutable_leaflist_val()
-             : mgmtmsg::SwitchOneofTo(typed,
-                                      &gnmi::TypedValue::unsafe_arena_set_allocated_leaflist_val);
+  return mgmtmsg::OneofMember(typed, typed->has_leaflist_val(),
+                              &gnmi::TypedValue::mutable_leaflist_val,
+                              &gnmi::TypedValue::unsafe_arena_set_allocated_leaflist_val);
 }
 void* GNMI_TypedValue_AddElement(void* leaflist) {
   return AppendTo(As<gnmi::ScalarArray>(leaflist)->mutable_element());

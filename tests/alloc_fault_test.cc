@@ -16,6 +16,7 @@
 #include "gnmi/gnmi_path.h"
 #include "gnmi/gnmi_rpc.h"
 #include "gnmi/gnmi_wire.h"
+#include "gnmi/gnmi_value.h"
 #include "grpci/grpci_ex.h"
 #include "oxa_mem_host.h"
 #include "quorix-grpc-dialin.pb.h"
@@ -266,6 +267,14 @@ int64_t AppendKey(void* elem) {
   GNMI_PathElem_AppendKey(elem, kText.data(), 40, kText.data(), 40);
   return 1;
 }
+int64_t SetDecimal(void* value) {
+  GNMI_TypedValue_SetDecimalVal(value, 5, 1);
+  return 1;
+}
+int64_t SetAny(void* value) {
+  GNMI_TypedValue_SetAnyVal(value, kText.data(), 40, kText.data(), 40);
+  return 1;
+}
 int64_t AppendEncoding(void* ctx) {
   GNMI_CapabilityResponse_AppendSupportedEncodings(ctx, 2);
   return 1;
@@ -314,6 +323,11 @@ const FaultCase kFaultCases[] = {
     {kGet, Value, CALL(SetText, GNMI_TypedValue_SetJsonIetfVal), false},
     {kGet, Value, CALL(SetText, GNMI_TypedValue_SetProtoBytes), false},
     {kGet, Value, CALL(Build, GNMI_TypedValue_LeaflistVal), false},
+    {kGet, Value, CALL(SetText, GNMI_TypedValue_SetBytesVal), false},
+    {kGet, Value, CALL(SetText, GNMI_TypedValue_SetAsciiVal), false},
+    {kGet, Value, "GNMI_TypedValue_SetAnyVal", SetAny, false},
+    // The decimal is made before it is switched to.
+    {kGet, Value, "GNMI_TypedValue_SetDecimalVal", SetDecimal},
     {kGet, Leaflist, CALL(Build, GNMI_TypedValue_AddElement)},
     {kGet, Path, CALL(SetText, GNMI_Path_SetOrigin)},
     {kGet, Path, CALL(Build, GNMI_Path_AppendPathElem)},
