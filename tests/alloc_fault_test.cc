@@ -5,16 +5,19 @@
 // the throwing forms then throw std::bad_alloc, the nothrow forms return
 // null. Further entry points join by adding a row to one of the tables below.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <atomic>
 #include <cstdlib>
 #include <functional>
 #include <new>
 #include <string>
+#include <thread>
 
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_path.h"
 #include "gnmi/gnmi_rpc.h"
+#include "gnmi/gnmi_stream.h"
 #include "grpci/grpci_ex.h"
 #include "oxa_mem_host.h"
 #include "quorix-grpc-dialin.pb.h"
@@ -27,6 +30,8 @@ namespace allocfault {
 std::atomic<int64_t> countdown{-1};  // the allocations to let through before one fails
 std::atomic<bool> fired{false};      // the armed failure has happened
 std::atomic<int64_t> live{0};        // allocations not yet freed
+std::atomic<int64_t> liveBytes{0};   // their usable bytes
+std::atomic<int64_t> made{0};        // allocations made
 
 void FailAfter(int64_t n) {
   fired = false;
@@ -43,6 +48,8 @@ void* Allocate(std::size_t size) {
   }
   void* block = std::malloc(size == 0 ? 1 : size);
   live += block != nullptr ? 1 : 0;
+  liveBytes += static_cast<int64_t>(malloc_usable_size(block));
+  ++made;
   return block;
 }
 void* AllocateOrThrow(std::size_t size) {
@@ -51,6 +58,7 @@ void* AllocateOrThrow(std::size_t size) {
 }
 void Release(void* block) {
   live -= block != nullptr ? 1 : 0;
+  liveBytes -= static_cast<int64_t>(malloc_usable_size(block));
   std::free(block);
 }
 
@@ -407,45 +415,96 @@ TEST(AllocFaultReset, EachAllocationOfAResetAndTheBuildAfterItFailsInTurn) {
   }
 }
 
+// A stream of replies of one shape from a context reset before each: after
+// its first messages, no new memory and no heap allocation, whichever thread
+// builds each reply (the one that resets and serializes, one worker thread
+// for all, or a new thread for each).
+TEST(StreamMemory, AResetStreamTakesNoNewMemoryAfterItsFirstMessagesOnAnyThread) {
+  enum class Builder { kResetter, kWorker, kFreshThread };
+  constexpr int kSteps = 50;  // far more than the arena's first block holds
+  for (const testsupport::ReplyFamily& c : testsupport::kReplyFamilies) {
+    for (const Builder builder : {Builder::kResetter, Builder::kWorker, Builder::kFreshThread}) {
+      SCOPED_TRACE(static_cast<int>(builder));
+      const std::unique_ptr<void, void (*)(void*)> ctx(c.init(), c.deinit);
+      std::atomic<int> turn{0};  // 1: the worker builds; -1: it ends
+      std::atomic<int64_t> builtMade{0};
+      const auto build = [&] {
+        const int64_t before = allocfault::made;
+        int done = 0;
+        c.Build(ctx.get(), kSteps, &done);
+        builtMade += allocfault::made - before;
+      };
+      std::thread worker([&] {
+        for (int t = 0; builder == Builder::kWorker && (t = turn.load()) >= 0;) {
+          if (t == 1) build(), turn = 0;
+          std::this_thread::yield();
+        }
+      });
+      int64_t bytesAfterFirst = 0;
+      for (int m = 0; m < 40; ++m) {
+        if (m == 10) bytesAfterFirst = allocfault::liveBytes, builtMade = 0;
+        const int64_t before = allocfault::made;
+        ASSERT_EQ(c.reset(ctx.get()), 1);
+        builtMade += allocfault::made - before;
+        if (builder == Builder::kResetter) build();
+        if (builder == Builder::kFreshThread) std::thread(build).join();
+        for (turn = builder == Builder::kWorker ? 1 : 0; turn != 0;) std::this_thread::yield();
+        EXPECT_EQ(testsupport::Serialized(c.serialize, ctx.get()).size(), c.Fresh(kSteps).size());
+      }
+      EXPECT_EQ(allocfault::liveBytes - bytesAfterFirst, 0);
+      EXPECT_EQ(builtMade, 0);
+      turn = -1;
+      worker.join();
+    }
+  }
+}
+
 // Paths read, copied and joined: built aside, then swapped in.
 
 // Two short keys: the same allocations whichever the map's order.
 const std::string kPathText = "oc:/interfaces/interface[name=eth0][unit=0]/" + kText;
 
-void ReadPathText(void* to, void* /*from*/) {
-  GNMI_Path_FromString(to, kPathText.data(), kPathText.size(), nullptr);
-}
-
-const std::pair<const char*, void (*)(void*, void*)> kPathCalls[] = {
-    {"GNMI_Path_FromString", ReadPathText},
+const std::pair<const char*, int (*)(void*, void*)> kPathCalls[] = {
     {"GNMI_Path_CopyFrom", GNMI_Path_CopyFrom},
+    {"GNMI_Path_FromString",
+     [](void* to, void*) {
+       return GNMI_Path_FromString(to, kPathText.data(), kPathText.size(), nullptr);
+     }},
     {"GNMI_Path_AppendElems", GNMI_Path_AppendElems},
 };
 
-// A new element whose key table fails to be made is kept for good with its
-// name and table (gnmi/gnmi_path.h, convention 6): the call cannot tell that
-// failure from its first key's, so at most two such per keyed element.
+// The destination on the heap, or in a reset response (on its arena; the
+// first run, before anything else set up the message runtime's descriptors).
+// A new element on the heap whose key table fails to be made is kept for good
+// with its name and table (gnmi/gnmi_path.h, convention 6): the call cannot
+// tell that failure from its first key's, so at most two such per keyed
+// element.
 TEST(AllocFaultPaths, EveryAllocationFailsInTurnLeavingThePathAsItWas) {
-  for (const auto& [name, call] : kPathCalls) {
-    SCOPED_TRACE(name);
-    const int64_t start = Live();
-    FailEachInTurn(
-        [&, call = call](int64_t k) {
-          gnmi::Path from;
-          gnmi::Path to;
-          ReadPathText(&from, nullptr);
-          GNMI_Path_FromString(&to, "/x[k=v]/y", 9, nullptr);
-          to.set_target("r1");
-          const std::string before = to.SerializeAsString();
-          allocfault::FailAfter(k);
-          const bool threw = Throws([&] { call(&to, &from); });
-          allocfault::Disarm();
-          EXPECT_EQ(threw, allocfault::Fired()) << "allocation " << k;
-          EXPECT_EQ(to.SerializeAsString() == before, threw) << "allocation " << k;
-          return threw;
-        },
-        3);
-    EXPECT_LE(Live() - start, 2 * 3);  // at most two kept elements
+  for (const bool reset : {true, false}) {
+    for (const auto& [name, call] : kPathCalls) {
+      SCOPED_TRACE(std::string(name) + (reset ? " into a reset response" : ""));
+      const int64_t start = Live();
+      FailEachInTurn(
+          [&, call = call](int64_t k) {
+            gnmi::Path from;
+            const auto ctx = testsupport::Make<GNMI_Get_Init, GNMI_Get_DeInit>();
+            EXPECT_EQ(GNMI_GetResponse_Reset(ctx.get()), 1);
+            gnmi::Path onHeap;
+            auto* to = reset ? static_cast<gnmi::Path*>(Path(ctx.get())) : &onHeap;
+            kPathCalls[1].second(&from, nullptr);
+            GNMI_Path_FromString(to, "/x[k=v]/y", 9, nullptr);
+            to->set_target("r1");
+            const std::string before = to->SerializeAsString();
+            allocfault::FailAfter(k);
+            const bool threw = Throws([&] { EXPECT_EQ(call(to, &from), 1); });
+            allocfault::Disarm();
+            EXPECT_EQ(threw, allocfault::Fired()) << "allocation " << k;
+            EXPECT_EQ(to->SerializeAsString() == before, threw) << "allocation " << k;
+            return threw;
+          },
+          3);
+      EXPECT_LE(Live() - start, 2 * 3);  // at most two kept elements
+    }
   }
 }
 

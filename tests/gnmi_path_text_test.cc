@@ -15,10 +15,11 @@ namespace {
 using google::protobuf::util::MessageDifferencer;
 using testsupport::FromText;
 
-// The path that `text` makes of `path`.
+// The path that `text` makes of `path`; errorAt is not written.
 gnmi::Path Read(const std::string& text, gnmi::Path path = {}) {
-  uint32_t at = 0;
+  uint32_t at = 99;
   EXPECT_EQ(GNMI_Path_FromString(&path, text.data(), text.size(), &at), 1) << text << " at " << at;
+  EXPECT_EQ(at, 99U);
   return path;
 }
 
@@ -50,6 +51,7 @@ TEST(GnmiPathText, ReadsTheConventionAndWritesItBackCanonicalKeepingTheTarget) {
       {"/openconfig-interfaces:interfaces", R"(elem{name:"openconfig-interfaces:interfaces"})",
        "/openconfig-interfaces:interfaces"},
       {"a\\:/b", R"(elem{name:"a:"} elem{name:"b"})", "/a:/b"},
+      {":/a", R"(elem{name:":"} elem{name:"a"})", "/:/a"},
       {R"(o\ x:/\a\/b\[\]\\\	[k\=\[\]\\\ =v\]\\=[/ ]/c)",
        R"(origin:"o x" elem{name:"a/b[]\\\t" key{key:"k=[]\\ " value:"v]\\=[/ "}} elem{name:"c"})",
        R"(o\ x:/a\/b\[\]\\\	[k\=\[\]\\\ =v\]\\=[/ ]/c)"},
@@ -57,7 +59,7 @@ TEST(GnmiPathText, ReadsTheConventionAndWritesItBackCanonicalKeepingTheTarget) {
   for (const auto& [text, made, canonical] : cases) {
     SCOPED_TRACE(text);
     const gnmi::Path path =
-        Read(text, FromText<gnmi::Path>(R"(origin:"old" elem{name:"old"} target:"r1")"));
+        Read(text, FromText<gnmi::Path>(R"(origin:"o" element:"e" elem{name:"e"} target:"r1")"));
     gnmi::Path expected = FromText<gnmi::Path>(made);
     expected.set_target("r1");
     EXPECT_TRUE(MessageDifferencer::Equals(path, expected)) << path.DebugString();
@@ -90,13 +92,14 @@ TEST(GnmiPathText, BadTextIsRefusedWhereItGoesWrongAndLeavesThePathAlone) {
   }
 }
 
-TEST(GnmiPathText, ToStringSizesAndCutsLikeSnprintf) {
+TEST(GnmiPathText, ToStringSizesAndCutsLikeSnprintfNeverPastCap) {
   gnmi::Path path = Read("/ab[k=v]");
   EXPECT_EQ(GNMI_Path_ToString(&path, nullptr, 0), 8U);
-  for (const uint32_t cap : {1U, 4U, 8U, 9U}) {
-    std::string buf(12, 'x');
+  for (const uint32_t cap : {0U, 1U, 4U, 8U, 9U}) {
+    std::string buf(12, 'x');  // what lies past cap is a guard
     EXPECT_EQ(GNMI_Path_ToString(&path, buf.data(), cap), 8U);
-    EXPECT_EQ(buf, std::string("/ab[k=v]").substr(0, cap - 1) + '\0' + std::string(12 - cap, 'x'));
+    const std::string written = cap == 0 ? "" : std::string("/ab[k=v]").substr(0, cap - 1) + '\0';
+    EXPECT_EQ(buf, written + std::string(12 - cap, 'x')) << cap;
   }
 }
 
@@ -117,7 +120,12 @@ TEST(GnmiPathCovers, PatternsWithWildcardsEllipsesKeysAndOrigins) {
       {"/i[name=eth0][unit=1]", "/i[name=eth0]", 0},
       {"/i[name=*]", "/i[name=x]", 1},
       {"/i[name=*]", "/i", 0},
-      {"/*[name=x]", "/j[name=y]", 1},
+      {"/*[name=x]", "/j[name=x]", 1},
+      {"/*[name=x]", "/j[name=y]", 0},
+      {"/a/...[k=v]/c", "/a/b/c", 1},
+      {"/a/.../c/d", "/a/c", 0},
+      {"openconfig:/a", "/a/b", 1},
+      {"/a", "openconfig:/a", 1},
       {"oc:/a", "/a", 0},
       {"oc:/a", "oc:/a/b", 1},
   };
