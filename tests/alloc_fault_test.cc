@@ -461,8 +461,10 @@ TEST(StreamMemory, AResetStreamTakesNoNewMemoryAfterItsFirstMessagesOnAnyThread)
 
 // Paths read, copied and joined: built aside, then swapped in.
 
-// Two short keys: the same allocations whichever the map's order.
-const std::string kPathText = "oc:/interfaces/interface[name=eth0][unit=0]/" + kText;
+// Two short keys: the same allocations whichever the map's order; many short
+// elements, whose moves into an arena take blocks of their own.
+const std::string kPathText = "oc:/interfaces/interface[name=eth0][unit=0]/" + kText +
+                              "/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e";
 
 const std::pair<const char*, int (*)(void*, void*)> kPathCalls[] = {
     {"GNMI_Path_CopyFrom", GNMI_Path_CopyFrom},
@@ -489,6 +491,7 @@ TEST(AllocFaultPaths, EveryAllocationFailsInTurnLeavingThePathAsItWas) {
             gnmi::Path from;
             const auto ctx = testsupport::Make<GNMI_Get_Init, GNMI_Get_DeInit>();
             EXPECT_EQ(GNMI_GetResponse_Reset(ctx.get()), 1);
+            for (int i = 0; i < 60; ++i) Update(ctx.get());  // past the region's first block
             gnmi::Path onHeap;
             auto* to = reset ? static_cast<gnmi::Path*>(Path(ctx.get())) : &onHeap;
             kPathCalls[1].second(&from, nullptr);
