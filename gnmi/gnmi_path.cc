@@ -2,6 +2,7 @@
 // writer, the builders of elements aside, and the coverage match.
 #include "gnmi/gnmi_path.h"
 
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -15,9 +16,20 @@ namespace {
 
 using mgmtmsg::PathElems;
 
+// The first word of an object of a class with virtual functions: the address
+// of its class's virtual table, read as bytes (whatever the object's class).
+const void* VirtualTableOf(const void* object) {
+  const void* table = nullptr;
+  std::memcpy(&table, object, sizeof table);
+  return table;
+}
+
 // The path behind a handle; null for a message of another type or a context.
+// A Path's class is final: every Path has its class's virtual table.
 gnmi::Path* PathOf(void* handle) {
-  return dynamic_cast<gnmi::Path*>(static_cast<google::protobuf::MessageLite*>(handle));
+  return VirtualTableOf(handle) == VirtualTableOf(&gnmi::Path::default_instance())
+             ? static_cast<gnmi::Path*>(handle)
+             : nullptr;
 }
 
 std::string_view TextOf(const char* text, uint32_t len) {

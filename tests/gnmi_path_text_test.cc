@@ -153,6 +153,21 @@ TEST(GnmiPathCopy, CopyFromMakesAnIndependentCopyAndAppendElemsJoins) {
   GNMI_Path_AppendElems(&to, &to);
   EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b/a[j=w][k=v]/b/a[j=w][k=changed]/b");
   EXPECT_EQ(to.target(), "r1");
+  // A handle to another message, or a context, is refused and left alone.
+  const std::string joined = Text(to);
+  gnmi::PathElem elem;
+  const auto ctx = testsupport::Make<GNMI_Get_Init, GNMI_Get_DeInit>();
+  char buf[] = "xyz";
+  for (void* other : {static_cast<void*>(&elem), ctx.get()}) {
+    EXPECT_EQ(std::make_tuple(GNMI_Path_FromString(other, "/b", 2, nullptr),
+                              GNMI_Path_ToString(other, buf, 4), GNMI_Path_CopyFrom(other, &to),
+                              GNMI_Path_CopyFrom(&to, other), GNMI_Path_AppendElems(other, &to),
+                              GNMI_Path_AppendElems(&to, other), GNMI_Path_Covers(other, &to),
+                              GNMI_Path_Covers(&to, other)),
+              std::make_tuple(0, 0U, 0, 0, 0, 0, 0, 0));
+  }
+  EXPECT_EQ(std::make_tuple(std::string(buf), Text(to), elem.ByteSizeLong()),
+            std::make_tuple("xyz", joined, 0U));
 }
 
 }  // namespace
