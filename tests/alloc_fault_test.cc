@@ -169,6 +169,8 @@ template <class Message>
 std::string MessageBytes(void* message) {
   return static_cast<Message*>(message)->SerializeAsString();
 }
+template <class Message, void* (*kInit)(), void (*kDeInit)(void*)>
+const Owner kMessage{kInit, kDeInit, MessageBytes<Message>};
 
 const Owner kGet{GNMI_Get_Init, GNMI_Get_DeInit, ResponseBytes<GnmiRpcGet>};
 // A Get context whose response is on its arena.
@@ -181,14 +183,12 @@ const Owner kSet{GNMI_Set_Init, GNMI_Set_DeInit, ResponseBytes<GnmiRpcSet>};
 const Owner kCapability{GNMI_Capability_Init, GNMI_Capability_DeInit,
                         ResponseBytes<GnmiRpcCapability>};
 const Owner kSubscribe{GNMI_Subscribe_Init, GNMI_Subscribe_DeInit, SubscribeBytes};
-const Owner kSouth{GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit,
-                   MessageBytes<quorix_grpc_ipc::SouthMsg>};
-const Owner kRpcData{GRPCI_RpcDataInit, GRPCI_RpcDataDeInit,
-                     MessageBytes<quorix_grpc_ipc::RpcData>};
-const Owner kSubsReply{GRPCI_SubsReplyInit, GRPCI_SubsReplyDeInit,
-                       MessageBytes<quorix_dialin::SubsReply>};
-const Owner kCancelReply{GRPCI_CancelReplyInit, GRPCI_CancelReplyDeInit,
-                         MessageBytes<quorix_dialin::CancelReply>};
+const Owner& kSouth = kMessage<quorix_grpc_ipc::SouthMsg, GRPCI_SouthMsgInit, GRPCI_SouthMsgDeInit>;
+const Owner& kRpcData = kMessage<quorix_grpc_ipc::RpcData, GRPCI_RpcDataInit, GRPCI_RpcDataDeInit>;
+const Owner& kSubsReply =
+    kMessage<quorix_dialin::SubsReply, GRPCI_SubsReplyInit, GRPCI_SubsReplyDeInit>;
+const Owner& kCancelReply =
+    kMessage<quorix_dialin::CancelReply, GRPCI_CancelReplyInit, GRPCI_CancelReplyDeInit>;
 
 TEST(AllocFaultSerialize, BufferFailureGivesTheDocumentedOutcomeAndLeavesTheOutputsAlone) {
   // A gNMI context whose response serializes to more bytes with each grow;

@@ -142,13 +142,13 @@ TEST(GnmiPathCopy, CopyFromMakesAnIndependentCopyAndAppendElemsJoins) {
   gnmi::Path from = Read("oc:/a[k=v][j=w]/b");
   from.set_target("r1");
   gnmi::Path to = Read("other:/x/y[q=1]/z");
-  GNMI_Path_CopyFrom(&to, &from);
+  EXPECT_EQ(GNMI_Path_CopyFrom(&to, &from), 1);
   EXPECT_TRUE(MessageDifferencer::Equals(to, from));
   from.mutable_elem(0)->mutable_key()->at("k") = "changed";
   EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b");
   EXPECT_EQ(to.target(), "r1");
 
-  GNMI_Path_AppendElems(&to, &from);
+  EXPECT_EQ(GNMI_Path_AppendElems(&to, &from), 1);
   EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b");
   GNMI_Path_AppendElems(&to, &to);
   EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b/a[j=w][k=v]/b/a[j=w][k=changed]/b");
