@@ -3,7 +3,6 @@
 #include "gnmi/gnmi_path.h"
 
 #include <cstring>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -38,15 +37,21 @@ std::string_view TextOf(const char* text, uint32_t len) {
 }
 
 // A path built aside on the arena of `destination` (where it stays until the
-// arena is rewound) or on the heap when it has none: on one arena, a swap
-// only exchanges pointers, and moving an element allocates nothing.
-using Aside = std::unique_ptr<gnmi::Path, void (*)(gnmi::Path*)>;
-Aside AsideFor(const gnmi::Path& destination) {
-  return Aside(google::protobuf::Arena::CreateMessage<gnmi::Path>(destination.GetArena()),
-               [](gnmi::Path* path) {
-                 if (path->GetArena() == nullptr) delete path;
-               });
-}
+// arena is rewound), or here when it has none: on one arena, a swap only
+// exchanges pointers, and moving an element allocates nothing.
+class Aside {
+ public:
+  explicit Aside(const gnmi::Path& destination)
+      : path_(destination.GetArena() == nullptr
+                  ? &local_
+                  : google::protobuf::Arena::CreateMessage<gnmi::Path>(destination.GetArena())) {}
+  gnmi::Path* operator->() const { return path_; }
+  gnmi::Path* get() const { return path_; }
+
+ private:
+  gnmi::Path local_;
+  gnmi::Path* path_;
+};
 
 // The deprecated string elements, which the text form replaces.
 void ClearStringElements(gnmi::Path* path) {
@@ -61,7 +66,7 @@ void ClearStringElements(gnmi::Path* path) {
 int GNMI_Path_FromString(void* path, const char* text, uint32_t len, uint32_t* errorAt) {
   gnmi::Path* target = PathOf(path);
   if (target == nullptr) return 0;
-  const Aside read = AsideFor(*target);
+  const Aside read(*target);
   uint32_t at = 0;
   if (!mgmtmsg::ReadPathText(TextOf(text, len), read.get(), &at)) {
     if (errorAt != nullptr) *errorAt = at;
@@ -86,7 +91,7 @@ int GNMI_Path_CopyFrom(void* to, void* from) {
   gnmi::Path* target = PathOf(to);
   const gnmi::Path* source = PathOf(from);
   if (target == nullptr || source == nullptr) return 0;
-  const Aside copy = AsideFor(*target);
+  const Aside copy(*target);
   copy->set_origin(source->origin());
   copy->set_target(source->target());
   mgmtmsg::AppendCopies(source->elem(), copy->mutable_elem());
@@ -98,7 +103,7 @@ int GNMI_Path_AppendElems(void* to, void* from) {
   gnmi::Path* target = PathOf(to);
   const gnmi::Path* source = PathOf(from);
   if (target == nullptr || source == nullptr) return 0;
-  const Aside aside = AsideFor(*target);
+  const Aside aside(*target);
   PathElems* copies = aside->mutable_elem();
   mgmtmsg::AppendCopies(source->elem(), copies);
   PathElems* elems = target->mutable_elem();
