@@ -104,37 +104,31 @@ TEST(GnmiPathText, ToStringSizesAndCutsLikeSnprintfNeverPastCap) {
 }
 
 TEST(GnmiPathCovers, PatternsWithWildcardsEllipsesKeysAndOrigins) {
-  const std::tuple<const char*, const char*, int> cases[] = {
-      // pattern, path, covers
-      {"/a/b", "/a/b/c", 1},
-      {"/a/b/c", "/a/b", 0},
-      {"/a/*/c", "/a/x[k=v]/c/d", 1},
-      {"/a/*/c", "/a/c", 0},
-      {"/a/.../b", "/a/b", 1},
-      {"/.../x/.../y", "/a/x/b/c/y/z", 1},
-      {"/.../x/.../y", "/a/y/x", 0},
-      {"/a/.../b/.../b", "/a/b/c/b", 1},
-      {"/a/.../b/.../b", "/a/c/b", 0},
-      {"/i[name=eth0]", "/i[name=eth0][unit=1]", 1},
-      {"/i[name=eth0]", "/i[name=eth1]", 0},
-      {"/i[name=eth0][unit=1]", "/i[name=eth0]", 0},
-      {"/i[name=*]", "/i[name=x]", 1},
-      {"/i[name=*]", "/i", 0},
-      {"/*[name=x]", "/j[name=x]", 1},
-      {"/*[name=x]", "/j[name=y]", 0},
-      {"/a/...[k=v]/c", "/a/b/c", 1},
-      {"/a/.../c/d", "/a/c", 0},
-      {"openconfig:/a", "/a/b", 1},
-      {"/a", "openconfig:/a", 1},
-      {"oc:/a", "/a", 0},
-      {"oc:/a", "oc:/a/b", 1},
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      // pattern, a path it covers, a path it does not cover
+      {"/a/b", "/a/b/c", "/a"},
+      {"/a/*/c", "/a/x[k=v]/c/d", "/a/c"},
+      {"/a/.../b", "/a/b", "/a/c"},
+      {"/.../x/.../y", "/a/x/b/c/y/z", "/a/y/x"},
+      {"/a/.../b/.../b", "/a/b/c/b", "/a/c/b"},
+      {"/i[name=eth0]", "/i[name=eth0][unit=1]", "/i[name=eth1]"},
+      {"/i[name=eth0][unit=1]", "/i[unit=1][name=eth0]", "/i[name=eth0]"},
+      {"/i[name=*]", "/i[name=x]", "/i"},
+      {"/*[name=x]", "/j[name=x]", "/j[name=y]"},
+      {"/a/...[k=v]/c", "/a/b/c", "/a/b"},
+      {"/a/.../c/d", "/a/c/d", "/a/c"},
+      {"openconfig:/a", "/a/b", "oc:/a"},
+      {"/a", "openconfig:/a", "rfc7951:/a"},
+      {"oc:/a", "oc:/a/b", "/a"},
   };
-  for (const auto& [patternText, pathText, covers] : cases) {
-    SCOPED_TRACE(std::string(patternText) + " over " + pathText);
+  for (const auto& [patternText, covered, uncovered] : cases) {
+    SCOPED_TRACE(patternText);
     gnmi::Path pattern = Read(patternText);
-    gnmi::Path path = Read(pathText);
-    path.set_target("elsewhere");
-    EXPECT_EQ(GNMI_Path_Covers(&pattern, &path), covers);
+    gnmi::Path in = Read(covered);
+    gnmi::Path out = Read(uncovered);
+    in.set_target("elsewhere");
+    EXPECT_EQ(std::make_pair(GNMI_Path_Covers(&pattern, &in), GNMI_Path_Covers(&pattern, &out)),
+              std::make_pair(1, 0));
   }
 }
 
@@ -150,11 +144,8 @@ TEST(GnmiPathCopy, CopyFromMakesAnIndependentCopyAndAppendElemsJoins) {
 
   EXPECT_EQ(GNMI_Path_AppendElems(&to, &from), 1);
   EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b");
-  GNMI_Path_AppendElems(&to, &to);
-  EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b/a[j=w][k=v]/b/a[j=w][k=changed]/b");
-  EXPECT_EQ(to.target(), "r1");
+  EXPECT_EQ(GNMI_Path_AppendElems(&to, &to), 1);
   // A handle to another message, or a context, is refused and left alone.
-  const std::string joined = Text(to);
   gnmi::PathElem elem;
   const auto ctx = testsupport::Make<GNMI_Get_Init, GNMI_Get_DeInit>();
   char buf[] = "xyz";
@@ -166,8 +157,10 @@ TEST(GnmiPathCopy, CopyFromMakesAnIndependentCopyAndAppendElemsJoins) {
                               GNMI_Path_Covers(&to, other)),
               std::make_tuple(0, 0U, 0, 0, 0, 0, 0, 0));
   }
-  EXPECT_EQ(std::make_tuple(std::string(buf), Text(to), elem.ByteSizeLong()),
-            std::make_tuple("xyz", joined, 0U));
+  EXPECT_EQ(
+      std::make_tuple(Text(to), to.target(), std::string(buf), elem.ByteSizeLong()),
+      std::make_tuple("oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b/a[j=w][k=v]/b/a[j=w][k=changed]/b",
+                      "r1", "xyz", 0U));
 }
 
 }  // namespace
