@@ -20,7 +20,7 @@ bool ResponseArena::Rewind() {
   // runtime's overhead in one block, and bounds the first block by twice the
   // largest reply.
   const size_t allocated = arena_->SpaceAllocated();
-  const size_t wanted = std::min<size_t>(allocated, 2 * arena_->SpaceUsed() + kFirstBlockBytes);
+  const size_t wanted = std::min<size_t>(allocated, 2 * arena_->SpaceUsed());
   if (allocated <= blockSize_ || wanted <= blockSize_ || !RebuildOver(wanted)) {
     arena_->Reset();
   }
