@@ -297,6 +297,7 @@ int64_t AppendEncoding(void* ctx) {
 // has two short keys (the same allocations whichever the map's order) and
 // many short elements, whose moves into an arena take blocks of their own.
 const std::string kPathText = "oc:/interfaces/interface[name=eth0][unit=0]/" + kText +
+                              "[a=][b=][c=][d=][e=][f=][g=][h=][i=][j=][k=][l=]" +
                               "/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e";
 int64_t ReadPath(void* path) {
   return GNMI_Path_FromString(path, kPathText.data(), kPathText.size(), nullptr);
@@ -380,9 +381,9 @@ const FaultCase kFaultCases[] = {
     {kGetReset, FullPath, CALL(FromSource, GNMI_Path_CopyFrom)},
     {kGetReset, FullPath, "GNMI_Path_FromString", ReadPath},
     {kGetReset, FullPath, CALL(FromSource, GNMI_Path_AppendElems)},
-    {kGet, FullPath, CALL(FromSource, GNMI_Path_CopyFrom), true, true, 3},
-    {kGet, FullPath, "GNMI_Path_FromString", ReadPath, true, true, 3},
-    {kGet, FullPath, CALL(FromSource, GNMI_Path_AppendElems), true, true, 3},
+    {kGet, FullPath, CALL(FromSource, GNMI_Path_CopyFrom), true, true, 15},
+    {kGet, FullPath, "GNMI_Path_FromString", ReadPath, true, true, 15},
+    {kGet, FullPath, CALL(FromSource, GNMI_Path_AppendElems), true, true, 15},
 };
 
 #undef CALL
