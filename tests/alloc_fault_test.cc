@@ -293,9 +293,10 @@ int64_t AppendEncoding(void* ctx) {
   GNMI_CapabilityResponse_AppendSupportedEncodings(ctx, 2);
   return 1;
 }
-// Paths read, copied and joined: built aside, then swapped in. The source
-// has two short keys (the same allocations whichever the map's order) and
-// many short elements, whose moves into an arena take blocks of their own.
+// Paths read, copied and joined: built aside, then swapped in. The source's
+// keys are short (the same allocations whichever the map's order); one
+// element has twelve, its key table grown at the 1st, 6th and 12th; many
+// short elements, whose moves into an arena take blocks of their own.
 const std::string kPathText = "oc:/interfaces/interface[name=eth0][unit=0]/" + kText +
                               "[a=][b=][c=][d=][e=][f=][g=][h=][i=][j=][k=][l=]" +
                               "/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e/e";
