@@ -168,6 +168,10 @@ std::vector<AllocationResult> SerializeAgainAllocations() {
           "W3 messages at steady state, 1000 after 1000: reset, build, serialize",
           Owned(GNMI_Subscribe_Init(), GNMI_Subscribe_DeInit), 1000, 1000,
           [](void* ctx, int m) { OursW3Message(GNMI_SubscribeResponse_Reset, ctx, m, nullptr); }),
+      SteadyReplies("W3 messages with paths from text at steady state, 1000 after 1000: reset, "
+                    "build, serialize",
+                    Owned(GNMI_Subscribe_Init(), GNMI_Subscribe_DeInit), 1000, 1000,
+                    OursW3MessageFromText),
       SteadyReplies("W1 responses on one Get context, 10 after 10: reset, build, serialize",
                     Owned(GNMI_Get_Init(), GNMI_Get_DeInit), 10, 10,
                     [](void* ctx, int) { OursW1Reset(ctx, nullptr); }),

@@ -21,10 +21,11 @@ void BenchBuildCounterPath(void* path, int n) {
 
 /* The counter path of n, valued with the 48-byte JSON text for even n and a
  * counter for odd n. */
-static void AppendCounterUpdate(void* notification, int n, uint64_t counter) {
+static void AppendCounterUpdate(void* notification, int n, uint64_t counter,
+                                BenchPathFn buildPath) {
   void* update = GNMI_Notification_AppendUpdate(notification);
   void* value = GNMI_Update_SetVal(update);
-  BenchBuildCounterPath(GNMI_Update_SetPath(update), n);
+  buildPath(GNMI_Update_SetPath(update), n);
   if (n % 2 == 0) {
     GNMI_TypedValue_SetJsonIetfVal(value, kBenchJsonValue.data, kBenchJsonValue.len);
   } else {
@@ -42,7 +43,7 @@ static void BuildGetResponse(void* ctx) {
   GNMI_Path_SetOrigin(prefix, "openconfig", 10);
   GNMI_PathElem_SetName(GNMI_Path_AppendPathElem(prefix), "device", 6);
   for (n = 0; n < kGetUpdates; n++) {
-    AppendCounterUpdate(notification, n, BenchCounterValue(n));
+    AppendCounterUpdate(notification, n, BenchCounterValue(n), BenchBuildCounterPath);
   }
 }
 
@@ -120,14 +121,16 @@ size_t OursW2(BenchText request, BenchSink* sink) {
   return digest;
 }
 
-void OursW3Build(void* ctx, int m) {
+void OursW3BuildWith(void* ctx, int m, BenchPathFn buildPath) {
   void* notification = GNMI_SubscribeResponse_GetNotification(ctx);
   int n;
   GNMI_Notification_SetTimestamp(notification, BenchTimestamp(m));
   for (n = 0; n < kStreamUpdates; n++) {
-    AppendCounterUpdate(notification, n, BenchCounterValue(m + n));
+    AppendCounterUpdate(notification, n, BenchCounterValue(m + n), buildPath);
   }
 }
+
+void OursW3Build(void* ctx, int m) { OursW3BuildWith(ctx, m, BenchBuildCounterPath); }
 
 size_t OursW3Serialize(void* ctx, BenchSink* sink) {
   return BenchSerializeResponse(GNMI_SubscribeResponse_Serialize, ctx, sink);

@@ -5,6 +5,7 @@
 
 #include "gnmi/gnmi_ex.h"
 #include "gnmi/gnmi_path.h"
+#include "gnmi/gnmi_stream.h"
 #include "workloads.h"
 
 /* A fresh Get response whose updates get W1's paths through `build`; the
@@ -30,6 +31,13 @@ static void ReadCounterPath(void* path, int n) {
 }
 
 size_t OursPathsFromText(BenchSink* sink) { return BuildPaths(ReadCounterPath, sink); }
+
+void OursW3MessageFromText(void* ctx, int m) {
+  if (GNMI_SubscribeResponse_Reset(ctx)) {
+    OursW3BuildWith(ctx, m, ReadCounterPath);
+    OursW3Serialize(ctx, NULL);
+  }
+}
 
 size_t OursPathsByElement(BenchSink* sink) { return BuildPaths(BenchBuildCounterPath, sink); }
 

@@ -68,6 +68,8 @@ MEMCPY_RATIO = ["W1/writer", "W3/writer"]
 # Heap allocations of a W3 message at steady state: its 25 JSON values'
 # characters, longer than the inline string size.
 STEADY_W3_HEAP_LIMIT = 25
+# A stream whose messages a worker thread builds: growth of the memory in use.
+WORKER_STREAM_MEMORY_LIMIT = 64 * 1024
 STREAM_MEMORY_LIMIT = 1 << 20  # bytes, between 1,000 and 1,000,000 messages
 ANNOTATE_LINE = re.compile(r"^\s*([\d,]+)\s+\(\s*[\d.]+%\)\s+(.+)$")
 
@@ -216,6 +218,17 @@ def goals(timing, instructions, check, memory):
             per_message = entry["heap"] / entry["units"]
             rows.append((f"W3 at steady state: at most {STEADY_W3_HEAP_LIMIT} heap allocations per message",
                          f"{per_message:.2f}", per_message <= STEADY_W3_HEAP_LIMIT))
+        if entry["call"].startswith("W3 messages with paths from text"):
+            per_message = entry["heap"] / entry["units"]
+            rows.append((f"W3 with paths from text at steady state: at most {STEADY_W3_HEAP_LIMIT} "
+                         "heap allocations per message", f"{per_message:.2f}",
+                         per_message <= STEADY_W3_HEAP_LIMIT))
+    if memory and "worker_thread" in memory:
+        worker = memory["worker_thread"]
+        growth = worker["in_use_bytes_late"] - worker["in_use_bytes_early"]
+        rows.append((f"W3 stream built on a worker thread: memory in use after {worker['messages']:,} "
+                     f"messages within 64 KiB of after {worker['early_messages']:,}",
+                     f"{growth:+,} bytes", abs(growth) < WORKER_STREAM_MEMORY_LIMIT))
     if memory:
         growth = memory["in_use_bytes_late"] - memory["in_use_bytes_early"]
         rows.append((f"W3 stream: memory in use after {memory['messages']:,} messages within 1 MiB of "
@@ -378,6 +391,20 @@ def main():
             f"| {memory['messages']:,} messages | {memory['in_use_bytes_late']:,} | "
             f"{memory['resident_kib_late']:,} KiB |",
         ]
+        worker = memory.get("worker_thread")
+        if worker:
+            out += [
+                "",
+                f"Then {worker['messages']:,} W3 messages on another Subscribe context, each built",
+                "on one worker thread while the calling thread resets and serializes:",
+                "",
+                "| after | bytes in use | resident set |",
+                "|---|---:|---:|",
+                f"| {worker['early_messages']:,} messages | {worker['in_use_bytes_early']:,} | "
+                f"{worker['resident_kib_early']:,} KiB |",
+                f"| {worker['messages']:,} messages | {worker['in_use_bytes_late']:,} | "
+                f"{worker['resident_kib_late']:,} KiB |",
+            ]
     out += [
         "",
         "## Byte checks",

@@ -28,7 +28,7 @@ mkdir -p "$out/callgrind"
 echo "== byte checks and allocations"
 "$bin" --check >"$out/check.json"
 
-echo "== memory of a stream of 1,000,000 W3 messages"
+echo "== memory of a stream of 1,000,000 W3 messages, then 100,000 built on a worker thread"
 "$bin" --stream-memory >"$out/memory.json"
 
 echo "== timing: $repetitions repetitions of ${min_time}s, interleaved"

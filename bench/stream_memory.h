@@ -19,10 +19,15 @@ struct StreamMemoryResult {
   MemoryUse late;   // after messages
 };
 
+// Which thread builds each message of a stream whose resets and serializes
+// are on the calling thread.
+enum class StreamBuilder { kCaller, kWorkerThread };
+
 // Runs `messages` W3 messages (GNMI_SubscribeResponse_Reset, build,
 // serialize) on one Subscribe context, measuring after `earlyMessages` and
 // at the end.
-StreamMemoryResult MeasureStreamMemory(int earlyMessages, int messages);
+StreamMemoryResult MeasureStreamMemory(int earlyMessages, int messages,
+                                       StreamBuilder builder = StreamBuilder::kCaller);
 
 }  // namespace bench
 

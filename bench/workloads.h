@@ -83,6 +83,10 @@ size_t OursW3(BenchStartFn start, BenchSink* sink);
 /* Message m of a W3 stream on ctx: started by `start`, built, serialized. */
 size_t OursW3Message(BenchStartFn start, void* ctx, int m, BenchSink* sink);
 void OursW3Build(void* ctx, int m);
+/* Builds a path: W1's update path n, into an empty path. */
+typedef void (*BenchPathFn)(void* path, int n);
+/* W3 message m's build, its paths built by `buildPath`. */
+void OursW3BuildWith(void* ctx, int m, BenchPathFn buildPath);
 size_t OursW3Serialize(void* ctx, BenchSink* sink);
 
 void* OursW4Build(uint32_t payloadBytes);
@@ -104,6 +108,9 @@ size_t BenchSerializeResponse(int (*serialize)(void*, void**, int*), void* ctx, 
  * destroyed) from their text, or element by element; the sink, when given,
  * gets the response's bytes. */
 size_t OursPathsFromText(BenchSink* sink);
+/* W3 message m on a Subscribe context (reset, build, Serialize), its update
+ * paths read from their text. */
+void OursW3MessageFromText(void* ctx, int m);
 size_t OursPathsByElement(BenchSink* sink);
 /* A Get context holding W1's update paths, whose handles go to `paths`. */
 void* OursPathsBuild(void* paths[kGetUpdates]);

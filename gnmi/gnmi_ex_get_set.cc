@@ -16,14 +16,14 @@ using mgmtmsg::kGnmiIndexSite;
 namespace {
 
 const gnmi::GetRequest& GetRequest(void* ctx) { return *As<GnmiRpcGet>(ctx)->request_; }
-gnmi::GetResponse* GetResponse(void* ctx) { return As<GnmiRpcGet>(ctx)->response_; }
+gnmi::GetResponse* GetResponse(void* ctx) { return As<GnmiRpcGet>(ctx)->ClaimResponse_(); }
 const gnmi::SetRequest& SetRequest(void* ctx) { return *As<GnmiRpcSet>(ctx)->request_; }
-gnmi::SetResponse* SetResponse(void* ctx) { return As<GnmiRpcSet>(ctx)->response_; }
+gnmi::SetResponse* SetResponse(void* ctx) { return As<GnmiRpcSet>(ctx)->ClaimResponse_(); }
 const gnmi::CapabilityRequest& CapabilityRequest(void* ctx) {
   return *As<GnmiRpcCapability>(ctx)->request_;
 }
 gnmi::CapabilityResponse* CapabilityResponse(void* ctx) {
-  return As<GnmiRpcCapability>(ctx)->response_;
+  return As<GnmiRpcCapability>(ctx)->ClaimResponse_();
 }
 
 // Appends to a packed list, growing its storage by Reserve when it is full;
@@ -31,6 +31,8 @@ gnmi::CapabilityResponse* CapabilityResponse(void* ctx) {
 void AppendGrowing(google::protobuf::RepeatedField<int>* list, int value) {
   if (list->size() == list->Capacity()) {
     list->Reserve(list->size() + 1);
+    // Unreachable: Reserve leaves room or throws. It stands for the runtime's
+    // own check of this step, with its message.
     if (list->Capacity() <= 0) {
       mgmtmsg::FatalCheckFailed("gnmi_ex", 353, "CHECK failed: (total_size_) > (0): ");
     }

@@ -77,13 +77,13 @@ void* GNMI_SubscribeRequest_SetAliases(void* ctx) {
 }
 
 void* GNMI_SubscribeResponse_GetNotification(void* ctx) {
-  gnmi::SubscribeResponse* response = As<GnmiRpcSubscribe>(ctx)->GetResponse_();
+  gnmi::SubscribeResponse* response = As<GnmiRpcSubscribe>(ctx)->ClaimResponse_();
   return response->has_update()
              ? response->mutable_update()
              : SwitchOneofTo(response, &gnmi::SubscribeResponse::unsafe_arena_set_allocated_update);
 }
 void* GNMI_SubscribeRequest_GetUpdate(void* ctx, int index) {
-  return HandleAt(As<GnmiRpcSubscribe>(ctx)->GetResponse_()->update().update(), index,
+  return HandleAt(As<GnmiRpcSubscribe>(ctx)->ClaimResponse_()->update().update(), index,
                   mgmtmsg::kGnmiIndexSite);
 }
 void GNMI_SubscribeRequest_SyncResponse(void* ctx, int flag) {

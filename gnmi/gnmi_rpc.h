@@ -93,6 +93,9 @@ class MGMTMSG_EXPORT GnmiRpcUnary : public GnmiRpcBase {
   }
   // Empties the response, moving it into the context's arena (see ResponseArena).
   int ResetResponse() { return responseArena_.Reset(&response_); }
+  // The response, for the entry points that read or build it (see
+  // ResponseArena::Claim).
+  Response* ClaimResponse_() { return responseArena_.Claim(&response_); }
 
   Request* request_;
   Response* response_;
@@ -136,6 +139,9 @@ class MGMTMSG_EXPORT GnmiRpcSubscribe final : public GnmiRpcBase {
   int GnmiSerializeRpcResponse_(gnmi::SubscribeResponse* msg, void** out, int* outLen);
   // Empties the update response; the request and the sync response stay.
   int ResetResponse() { return responseArena_.Reset(&response_); }
+  // The update response, for the entry points that read or build it (see
+  // ResponseArena::Claim).
+  gnmi::SubscribeResponse* ClaimResponse_() { return responseArena_.Claim(&response_); }
 
   gnmi::SubscribeRequest* GetRequest_() const { return request_; }
   gnmi::SubscribeResponse* GetResponse_() const { return response_; }

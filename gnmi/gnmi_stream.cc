@@ -1,11 +1,20 @@
 // Resetting the responses of the Get, Set and Subscribe contexts.
 #include "gnmi/gnmi_stream.h"
 
-#include "common/handles.h"
 #include "gnmi/gnmi_rpc.h"
 
-using mgmtmsg::As;
+namespace {
 
-int GNMI_SubscribeResponse_Reset(void* ctx) { return As<GnmiRpcSubscribe>(ctx)->ResetResponse(); }
-int GNMI_GetResponse_Reset(void* ctx) { return As<GnmiRpcGet>(ctx)->ResetResponse(); }
-int GNMI_SetResponse_Reset(void* ctx) { return As<GnmiRpcSet>(ctx)->ResetResponse(); }
+// Resets the response of `ctx` when it is a context of kind `Context`; 0 for
+// a context of another kind.
+template <class Context>
+int ResetIfKind(void* ctx) {
+  auto* rpc = dynamic_cast<Context*>(static_cast<GnmiRpcBase*>(ctx));
+  return rpc != nullptr ? rpc->ResetResponse() : 0;
+}
+
+}  // namespace
+
+int GNMI_SubscribeResponse_Reset(void* ctx) { return ResetIfKind<GnmiRpcSubscribe>(ctx); }
+int GNMI_GetResponse_Reset(void* ctx) { return ResetIfKind<GnmiRpcGet>(ctx); }
+int GNMI_SetResponse_Reset(void* ctx) { return ResetIfKind<GnmiRpcSet>(ctx); }

@@ -47,7 +47,9 @@ bool AddKey(PathElems* elems, std::string&& key, std::string&& value) {
   try {
     return keys->try_emplace(std::move(key), std::move(value)).second;
   } catch (const std::bad_alloc&) {
-    if (tableGrows) Keep(elems->ReleaseLast());
+    // On an arena nothing destroys the table; taking the element out there
+    // would copy it.
+    if (tableGrows && elems->GetArena() == nullptr) Keep(elems->ReleaseLast());
     throw;
   }
 }

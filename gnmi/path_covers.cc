@@ -1,16 +1,22 @@
 #include "gnmi/path_covers.h"
 
 #include <cstddef>
+#include <string_view>
 
 namespace mgmtmsg {
 namespace {
 
 bool IsEllipsis(const gnmi::PathElem& elem) { return elem.name() == "..."; }
 
-// One pattern element against one path element.
+// An empty origin and "openconfig" name the same tree.
+std::string_view TreeOf(const gnmi::Path& path) {
+  return path.origin() == "openconfig" ? std::string_view() : std::string_view(path.origin());
+}
+
+// One pattern element against one path element: the name, unless the
+// pattern's is `*`, and the pattern's keys in any case.
 bool ElemMatches(const gnmi::PathElem& pattern, const gnmi::PathElem& elem) {
-  if (pattern.name() == "*") return true;
-  if (pattern.name() != elem.name()) return false;
+  if (pattern.name() != "*" && pattern.name() != elem.name()) return false;
   for (const auto& [key, value] : pattern.key()) {
     const auto found = elem.key().find(key);
     if (found == elem.key().end() || (value != "*" && value != found->second)) return false;
@@ -21,7 +27,7 @@ bool ElemMatches(const gnmi::PathElem& pattern, const gnmi::PathElem& elem) {
 }  // namespace
 
 bool PathCovers(const gnmi::Path& pattern, const gnmi::Path& path) {
-  if (pattern.origin() != path.origin()) return false;
+  if (TreeOf(pattern) != TreeOf(path)) return false;
   const auto& wanted = pattern.elem();
   const auto& elems = path.elem();
   const int patternEnd = wanted.size();

@@ -2,6 +2,7 @@
 // buffer, counting on past its end as snprintf does.
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -17,10 +18,11 @@ bool EscapedInName(char c) { return c == '\\' || c == '/' || c == '[' || c == ']
 bool EscapedInKey(char c) { return c == '\\' || c == '=' || c == '[' || c == ']' || IsSpace(c); }
 bool EscapedInValue(char c) { return c == '\\' || c == ']'; }
 
-// The caller's buffer: bytes past its room are counted, not written.
+// The caller's buffer: bytes past its room are counted, not written. With no
+// room at all (cap 0), not even the NUL is written.
 class TextSink {
  public:
-  TextSink(char* buf, uint32_t cap) : buf_(buf), room_(cap > 0 ? cap - 1 : 0) {}
+  TextSink(char* buf, uint32_t cap) : buf_(cap > 0 ? buf : nullptr), room_(cap > 0 ? cap - 1 : 0) {}
 
   void Put(char c) {
     if (len_ < room_) buf_[len_] = c;
@@ -35,10 +37,11 @@ class TextSink {
     }
   }
 
-  // Ends the text with its NUL (when there is a buffer) and returns its length.
+  // Ends the text with its NUL (when there is room) and returns its length,
+  // at most UINT32_MAX.
   uint32_t Finish() {
     if (buf_ != nullptr) buf_[std::min(len_, room_)] = '\0';
-    return static_cast<uint32_t>(len_);
+    return static_cast<uint32_t>(std::min<size_t>(len_, UINT32_MAX));
   }
 
  private:

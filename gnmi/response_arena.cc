@@ -1,5 +1,7 @@
 #include "gnmi/response_arena.h"
 
+#include <algorithm>
+
 namespace {
 
 // The first block of a context's first reset: room for the empty response
@@ -12,8 +14,14 @@ bool ResponseArena::Rewind() {
   if (!arena_) {
     return RebuildOver(kFirstBlockBytes);
   }
-  const size_t highWater = arena_->SpaceAllocated();
-  if (highWater <= blockSize_ || !RebuildOver(highWater)) {
+  // A reply built by several threads took blocks of each beside the first:
+  // what it took in all, not the bytes it used, would grow the first block
+  // at every reset. What it used, twice over, holds the reply with the
+  // runtime's overhead in one block, and bounds the first block by twice the
+  // largest reply.
+  const size_t allocated = arena_->SpaceAllocated();
+  const size_t wanted = std::min<size_t>(allocated, 2 * arena_->SpaceUsed());
+  if (allocated <= blockSize_ || wanted <= blockSize_ || !RebuildOver(wanted)) {
     arena_->Reset();
   }
   return true;

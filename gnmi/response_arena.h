@@ -1,9 +1,16 @@
 // The region a context's response moves into when the context is first
 // reset: a message runtime Arena over a first block that the context owns.
-// Each later reset rewinds the arena; when the previous message needed more
-// than the first block, the first block is replaced by one of the arena's
-// high-water size, so that a stream of replies of one shape settles into the
-// first block and allocates no block at all.
+// Each later reset rewinds the arena; when the previous reply took more than
+// the first block, the first block is replaced by a larger one, so that a
+// stream of replies of one shape settles into the first block and allocates
+// no block at all.
+//
+// The runtime's arena hands each thread blocks of its own, and its first
+// block only to the thread that built or rewound it. A reply is built by
+// whichever thread holds the context, which need not be the thread that
+// reset it: the first access to the response through the context after a
+// reset (Claim) rewinds the arena once more on the accessing thread when that
+// is another thread, so that the first block serves the thread that builds.
 #ifndef MGMTMSG_GNMI_RESPONSE_ARENA_H
 #define MGMTMSG_GNMI_RESPONSE_ARENA_H
 
@@ -14,6 +21,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <thread>
 
 class ResponseArena {
  public:
@@ -28,17 +36,31 @@ class ResponseArena {
       if (!Rewind()) {
         return 0;
       }
-      // The arena's first block is empty and larger than any message: this
-      // creation takes no block from the heap.
-      Response* empty = google::protobuf::Arena::CreateMessage<Response>(&*arena_);
+      Response* empty = CreateEmpty<Response>();
       if (onHeap) {
         delete *response;
       }
       *response = empty;
+      resetBy_ = std::this_thread::get_id();
       return 1;
     } catch (const std::bad_alloc&) {
       return 0;
     }
+  }
+
+  // The response for building: when this is the first access since a reset
+  // and it comes from another thread than the reset, the still empty response
+  // is made again on an arena rewound by this thread.
+  template <class Response>
+  Response* Claim(Response** response) {
+    if (resetBy_ != std::thread::id()) {
+      if (resetBy_ != std::this_thread::get_id()) {
+        arena_->Reset();
+        *response = CreateEmpty<Response>();
+      }
+      resetBy_ = std::thread::id();
+    }
+    return *response;
   }
 
   // Frees a response that lives on the heap; one on the arena is freed with it.
@@ -49,10 +71,16 @@ class ResponseArena {
   }
 
  private:
-  // Makes the arena empty: built on the first call, rebuilt over a first
-  // block of its high-water size when it outgrew its block (kept as it is
-  // when that block cannot be had), else rewound. False, with nothing
-  // changed, only when the first call cannot have its block.
+  // The arena's first block is empty and larger than any message: this
+  // creation takes no block from the heap.
+  template <class Response>
+  Response* CreateEmpty() {
+    return google::protobuf::Arena::CreateMessage<Response>(&*arena_);
+  }
+  // Makes the arena empty: built on the first call, rebuilt over a larger
+  // first block when the last reply outgrew it (kept as it is when that block
+  // cannot be had), else rewound. False, with nothing changed, only when the
+  // first call cannot have its block.
   bool Rewind();
   // Rebuilds the arena over a new first block of `size` bytes. False, with
   // nothing changed, when that block cannot be had.
@@ -61,6 +89,7 @@ class ResponseArena {
   std::unique_ptr<char[]> block_;
   size_t blockSize_ = 0;
   std::optional<google::protobuf::Arena> arena_;  // destroyed before its block
+  std::thread::id resetBy_;  // the thread of the last reset, until the first Claim
 };
 
 #endif

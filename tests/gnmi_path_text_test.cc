@@ -2,6 +2,7 @@
 #include <google/protobuf/util/message_differencer.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -15,10 +16,11 @@ namespace {
 using google::protobuf::util::MessageDifferencer;
 using testsupport::FromText;
 
-// The path that `text` makes of `path`.
+// The path that `text` makes of `path`; errorAt is not written.
 gnmi::Path Read(const std::string& text, gnmi::Path path = {}) {
-  uint32_t at = 0;
+  uint32_t at = 99;
   EXPECT_EQ(GNMI_Path_FromString(&path, text.data(), text.size(), &at), 1) << text << " at " << at;
+  EXPECT_EQ(at, 99U);
   return path;
 }
 
@@ -46,10 +48,11 @@ TEST(GnmiPathText, ReadsTheConventionAndWritesItBackCanonicalKeepingTheTarget) {
       {"/", "", "/"},
       {"openconfig:/interfaces", R"(origin:"openconfig" elem{name:"interfaces"})",
        "openconfig:/interfaces"},
-      {"rfc7951:/", R"(origin:"rfc7951")", "rfc7951:/"},
+      {"r:/", R"(origin:"r")", "r:/"},
       {"/openconfig-interfaces:interfaces", R"(elem{name:"openconfig-interfaces:interfaces"})",
        "/openconfig-interfaces:interfaces"},
       {"a\\:/b", R"(elem{name:"a:"} elem{name:"b"})", "/a:/b"},
+      {":/a", R"(elem{name:":"} elem{name:"a"})", "/:/a"},
       {R"(o\ x:/\a\/b\[\]\\\	[k\=\[\]\\\ =v\]\\=[/ ]/c)",
        R"(origin:"o x" elem{name:"a/b[]\\\t" key{key:"k=[]\\ " value:"v]\\=[/ "}} elem{name:"c"})",
        R"(o\ x:/a\/b\[\]\\\	[k\=\[\]\\\ =v\]\\=[/ ]/c)"},
@@ -57,7 +60,7 @@ TEST(GnmiPathText, ReadsTheConventionAndWritesItBackCanonicalKeepingTheTarget) {
   for (const auto& [text, made, canonical] : cases) {
     SCOPED_TRACE(text);
     const gnmi::Path path =
-        Read(text, FromText<gnmi::Path>(R"(origin:"old" elem{name:"old"} target:"r1")"));
+        Read(text, FromText<gnmi::Path>(R"(origin:"o" element:"e" elem{name:"e"} target:"r1")"));
     gnmi::Path expected = FromText<gnmi::Path>(made);
     expected.set_target("r1");
     EXPECT_TRUE(MessageDifferencer::Equals(path, expected)) << path.DebugString();
@@ -65,6 +68,7 @@ TEST(GnmiPathText, ReadsTheConventionAndWritesItBackCanonicalKeepingTheTarget) {
     EXPECT_TRUE(MessageDifferencer::Equals(Read(canonical, path), path));
   }
   gnmi::Path empty = Read("/a");
+  EXPECT_THROW(GNMI_Path_FromString(&empty, nullptr, 1, nullptr), std::logic_error);
   EXPECT_EQ(GNMI_Path_FromString(&empty, nullptr, 0, nullptr), 1);
   EXPECT_EQ(empty.elem_size(), 0);
 }
@@ -90,43 +94,42 @@ TEST(GnmiPathText, BadTextIsRefusedWhereItGoesWrongAndLeavesThePathAlone) {
   }
 }
 
-TEST(GnmiPathText, ToStringSizesAndCutsLikeSnprintf) {
+TEST(GnmiPathText, ToStringSizesAndCutsLikeSnprintfNeverPastCap) {
   gnmi::Path path = Read("/ab[k=v]");
   EXPECT_EQ(GNMI_Path_ToString(&path, nullptr, 0), 8U);
-  for (const uint32_t cap : {1U, 4U, 8U, 9U}) {
-    std::string buf(12, 'x');
+  for (const uint32_t cap : {0U, 1U, 4U, 8U, 9U}) {
+    std::string buf(12, 'x');  // what lies past cap is a guard
     EXPECT_EQ(GNMI_Path_ToString(&path, buf.data(), cap), 8U);
-    EXPECT_EQ(buf, std::string("/ab[k=v]").substr(0, cap - 1) + '\0' + std::string(12 - cap, 'x'));
+    const std::string written = cap == 0 ? "" : std::string("/ab[k=v]").substr(0, cap - 1) + '\0';
+    EXPECT_EQ(buf, written + std::string(12 - cap, 'x')) << cap;
   }
 }
 
 TEST(GnmiPathCovers, PatternsWithWildcardsEllipsesKeysAndOrigins) {
-  const std::tuple<const char*, const char*, int> cases[] = {
-      // pattern, path, covers
-      {"/a/b", "/a/b/c", 1},
-      {"/a/b/c", "/a/b", 0},
-      {"/a/*/c", "/a/x[k=v]/c/d", 1},
-      {"/a/*/c", "/a/c", 0},
-      {"/a/.../b", "/a/b", 1},
-      {"/.../x/.../y", "/a/x/b/c/y/z", 1},
-      {"/.../x/.../y", "/a/y/x", 0},
-      {"/a/.../b/.../b", "/a/b/c/b", 1},
-      {"/a/.../b/.../b", "/a/c/b", 0},
-      {"/i[name=eth0]", "/i[name=eth0][unit=1]", 1},
-      {"/i[name=eth0]", "/i[name=eth1]", 0},
-      {"/i[name=eth0][unit=1]", "/i[name=eth0]", 0},
-      {"/i[name=*]", "/i[name=x]", 1},
-      {"/i[name=*]", "/i", 0},
-      {"/*[name=x]", "/j[name=y]", 1},
-      {"oc:/a", "/a", 0},
-      {"oc:/a", "oc:/a/b", 1},
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      // pattern, a path it covers, a path it does not cover
+      {"/a/b", "/a/b/c", "/a"},
+      {"/a/*/c", "/a/x[k=v]/c/d", "/a/c"},
+      {"/a/.../b", "/a/b", "/a/c"},
+      {"/.../x/.../y", "/a/x/b/c/y/z", "/a/y/x"},
+      {"/a/.../b/.../b", "/a/b/c/b", "/a/c/b"},
+      {"/i[name=eth0]", "/i[name=eth0][unit=1]", "/i[name=eth1]"},
+      {"/i[name=eth0][unit=1]", "/i[unit=1][name=eth0]", "/i[name=eth0]"},
+      {"/i[name=*]", "/i[name=x]", "/i"},
+      {"/*[name=x]", "/j[name=x]", "/j[name=y]"},
+      {"/a/...[k=v]/c", "/a/b/c", "/a/b"},
+      {"/a/.../c/d", "/a/c/d", "/a/c"},
+      {"openconfig:/a", "/a/b", "oc:/a"},
+      {"/a", "openconfig:/a", "rfc7951:/a"},
+      {"oc:/a", "oc:/a/b", "/a"},
   };
-  for (const auto& [patternText, pathText, covers] : cases) {
-    SCOPED_TRACE(std::string(patternText) + " over " + pathText);
+  for (const auto& [patternText, covered, uncovered] : cases) {
+    SCOPED_TRACE(patternText);
     gnmi::Path pattern = Read(patternText);
-    gnmi::Path path = Read(pathText);
-    path.set_target("elsewhere");
-    EXPECT_EQ(GNMI_Path_Covers(&pattern, &path), covers);
+    gnmi::Path in = Read(covered, FromText<gnmi::Path>(R"(target:"elsewhere")"));
+    gnmi::Path out = Read(uncovered);
+    EXPECT_EQ(std::make_pair(GNMI_Path_Covers(&pattern, &in), GNMI_Path_Covers(&pattern, &out)),
+              std::make_pair(1, 0));
   }
 }
 
@@ -134,17 +137,30 @@ TEST(GnmiPathCopy, CopyFromMakesAnIndependentCopyAndAppendElemsJoins) {
   gnmi::Path from = Read("oc:/a[k=v][j=w]/b");
   from.set_target("r1");
   gnmi::Path to = Read("other:/x/y[q=1]/z");
-  GNMI_Path_CopyFrom(&to, &from);
+  EXPECT_EQ(GNMI_Path_CopyFrom(&to, &from), 1);
   EXPECT_TRUE(MessageDifferencer::Equals(to, from));
   from.mutable_elem(0)->mutable_key()->at("k") = "changed";
   EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b");
-  EXPECT_EQ(to.target(), "r1");
 
-  GNMI_Path_AppendElems(&to, &from);
+  EXPECT_EQ(GNMI_Path_AppendElems(&to, &from), 1);
   EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b");
-  GNMI_Path_AppendElems(&to, &to);
-  EXPECT_EQ(Text(to), "oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b/a[j=w][k=v]/b/a[j=w][k=changed]/b");
-  EXPECT_EQ(to.target(), "r1");
+  EXPECT_EQ(GNMI_Path_AppendElems(&to, &to), 1);
+  // A handle to another message, or a context, is refused and left alone.
+  gnmi::PathElem elem;
+  const auto ctx = testsupport::Make<GNMI_Get_Init, GNMI_Get_DeInit>();
+  char buf[] = "xyz";
+  for (void* other : {static_cast<void*>(&elem), ctx.get()}) {
+    EXPECT_EQ(std::make_tuple(GNMI_Path_FromString(other, "/b", 2, nullptr),
+                              GNMI_Path_ToString(other, buf, 4), GNMI_Path_CopyFrom(other, &to),
+                              GNMI_Path_CopyFrom(&to, other), GNMI_Path_AppendElems(other, &to),
+                              GNMI_Path_AppendElems(&to, other), GNMI_Path_Covers(other, &to),
+                              GNMI_Path_Covers(&to, other)),
+              std::make_tuple(0, 0U, 0, 0, 0, 0, 0, 0));
+  }
+  EXPECT_EQ(
+      std::make_tuple(Text(to), to.target(), std::string(buf), elem.ByteSizeLong()),
+      std::make_tuple("oc:/a[j=w][k=v]/b/a[j=w][k=changed]/b/a[j=w][k=v]/b/a[j=w][k=changed]/b",
+                      "r1", "xyz", 0U));
 }
 
 }  // namespace

@@ -18,7 +18,11 @@ TEST(GnmiStream, EachReplyAfterAResetIsExactlyItsOwnWithTheRequestAndTheLastByte
     const auto& request = family.request;
     ASSERT_EQ(family.parse(ctx.get(), request.data(), static_cast<int>(request.size())), 1);
     int done = 0;
-    family.Build(ctx.get(), 2, &done);          // on the heap, before any reset
+    family.Build(ctx.get(), 2, &done);  // on the heap, before any reset
+    for (const testsupport::ReplyFamily& other : testsupport::kReplyFamilies) {
+      EXPECT_TRUE(&other == &family || other.reset(ctx.get()) == 0);  // a context of another kind
+    }
+    EXPECT_EQ(Serialized(family.serialize, ctx.get()), family.Fresh(2));
     for (int steps : {1, 300, 0, 4, 500, 2}) {  // past the arena's first block and back
       void* out = nullptr;
       int outLen = 0;
