@@ -6,8 +6,8 @@
 #include <gnmi/gnmi_ex.h>
 #include <gnmi/gnmi_path.h>
 #include <gnmi/gnmi_stream.h>
-#include <gnmi/gnmi_wire.h>
 #include <gnmi/gnmi_value.h>
+#include <gnmi/gnmi_wire.h>
 #include <grpci/grpci_bytes.h>
 #include <grpci/grpci_ex.h>
 #include <platform/oxa_mem.h>
