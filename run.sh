@@ -207,7 +207,59 @@ stage_bench() {
   ((listed > 0 && ran == listed))
 }
 
-all_stages=(native format tidy docs sanitize fuzz tsan valgrind target bench)
+# ---- Reference device (device/): a consumer of the installed library ----
+device_packages=(libgrpc++-dev protobuf-compiler-grpc python3-grpcio python3-grpc-tools
+  python3-protobuf)
+
+# Builds the library, installs it to build/stage and builds device/ against
+# that install in build/device.
+build_device() {
+  need_packages "${base_packages[@]}" "${device_packages[@]}"
+  configure build
+  cmake --build build -j"$jobs" --target mgmtmsg oxa_mem_host mgmtmsg-dump >/dev/null
+  cmake --install build --prefix "$PWD/build/stage" >/dev/null
+  cmake -S device -B build/device -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_PREFIX_PATH="$PWD/build/stage" >/dev/null
+  cmake --build build/device -j"$jobs" >/dev/null
+}
+
+# Python stubs of the schemas, generated into build/device/py for the clients.
+device_stubs() {
+  mkdir -p build/device/py
+  /usr/bin/python3 -m grpc_tools.protoc -Iproto --python_out=build/device/py \
+    --grpc_python_out=build/device/py proto/gnmi.proto proto/gnmi_ext.proto \
+    proto/quorix-grpc-dialin.proto
+}
+
+# Starts both programs in the background (GNMI_PORT, DEVICE_SOUTH); their
+# pids in device_pids. VALGRIND=1 runs the service module under memcheck.
+device_pids=()
+start_device() {
+  local south=${DEVICE_SOUTH:-$PWD/build/device/south.sock} wrap=()
+  [ -z "${VALGRIND:-}" ] || wrap=(valgrind --quiet --error-exitcode=99 --leak-check=full
+    --errors-for-leak-kinds=definite,indirect --show-leak-kinds=definite,indirect)
+  build/device/frontend/mgmtmsg-frontend --south "$south" &
+  device_pids+=($!)
+  "${wrap[@]}" build/device/service/mgmtmsg-service --south "$south" &
+  device_pids+=($!)
+}
+stop_device() {
+  local pid status=0
+  for pid in "${device_pids[@]}"; do kill -TERM "$pid" 2>/dev/null || true; done
+  for pid in "${device_pids[@]}"; do wait "$pid" || status=$?; done
+  device_pids=()
+  return $status
+}
+
+# The interoperability and fault tests of device/tests against real programs.
+stage_device() {
+  build_device
+  device_stubs
+  PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python \
+    DEVICE_BUILD=build/device /usr/bin/python3 device/tests/run_tests.py
+}
+
+all_stages=(native device format tidy docs sanitize fuzz tsan valgrind target bench)
 
 run_tests() {
   local stages=("$@") passed=0 failed=0 stage
