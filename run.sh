@@ -224,11 +224,16 @@ build_device() {
 }
 
 # Python stubs of the schemas, generated into build/device/py for the clients.
+# gnmi.proto imports gnmi_ext.proto by its published path, which is no Python
+# package name: the copy imports it by file name.
 device_stubs() {
-  mkdir -p build/device/py
-  /usr/bin/python3 -m grpc_tools.protoc -Iproto --python_out=build/device/py \
-    --grpc_python_out=build/device/py proto/gnmi.proto proto/gnmi_ext.proto \
-    proto/quorix-grpc-dialin.proto
+  local out=build/device/py
+  mkdir -p "$out/proto"
+  cp proto/gnmi_ext.proto proto/quorix-grpc-dialin.proto proto/quorix-grpc-ipc.proto "$out/proto/"
+  sed 's|^import "github.com/.*/gnmi_ext.proto";|import "gnmi_ext.proto";|' proto/gnmi.proto \
+    >"$out/proto/gnmi.proto"
+  (cd "$out/proto" && /usr/bin/python3 -m grpc_tools.protoc -I. --python_out=.. \
+    --grpc_python_out=.. gnmi.proto gnmi_ext.proto quorix-grpc-dialin.proto quorix-grpc-ipc.proto)
 }
 
 # Starts both programs in the background (GNMI_PORT, DEVICE_SOUTH); their
