@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds and runs mgmtmsg on a Debian bookworm machine, installing any missing
 # Debian package first.
-#   ./run.sh example          build the library and run the example program
+#   ./run.sh example          start the reference device and run a gNMI session
+#   ./run.sh device           run the reference device in the foreground
 #   ./run.sh test [STAGE...]  build and run every test stage (or the ones named)
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -288,10 +289,20 @@ run_tests() {
 
 case "${1:-}" in
   example)
-    need_packages "${base_packages[@]}"
-    configure build
-    cmake --build build -j"$jobs" --target mgmtmsg_example mgmtmsg-dump >/dev/null
-    ./build/examples/mgmtmsg_example
+    build_device
+    device_stubs
+    trap stop_device EXIT
+    trap 'exit 130' INT TERM
+    start_device
+    PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python \
+      /usr/bin/python3 device/client/session.py
+    ;;
+  device)
+    build_device
+    trap stop_device EXIT
+    trap 'exit 130' INT TERM
+    start_device
+    wait -n "${device_pids[@]}"
     ;;
   test)
     shift
@@ -302,7 +313,7 @@ case "${1:-}" in
     "stage_$2"
     ;;
   *)
-    sed -n '2,6p' "$0"
+    sed -n '2,7p' "$0"
     exit 2
     ;;
 esac
