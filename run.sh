@@ -85,21 +85,25 @@ stage_format() {
   echo "format: ${#files[@]} files checked"
 }
 
-# clang-tidy (.clang-tidy) over the sources of the native build, through its
-# compile database.
+# clang-tidy (.clang-tidy) over the sources of the native build and of the
+# reference device (build/device), each through its compile database.
 stage_tidy() {
   need_packages "${base_packages[@]}" clang-tidy
   build build
-  local files=() file
+  build_device
+  local files=() file db
   while read -r file; do
-    if grep -qF "\"file\": \"$PWD/$file\"" build/compile_commands.json; then
-      files+=("$file")
-    fi
+    for db in build build/device; do
+      if grep -qF "\"file\": \"$PWD/$file\"" "$db/compile_commands.json"; then
+        files+=("$db" "$file")
+        break
+      fi
+    done
   done < <(own_sources '*.c' '*.cc')
-  ((${#files[@]})) || { echo "no source in the compile database"; return 1; }
-  printf '%s\n' "${files[@]}" | xargs -P"$jobs" -n1 clang-tidy -p build --quiet 2>&1 |
+  ((${#files[@]})) || { echo "no source in the compile databases"; return 1; }
+  printf '%s\n' "${files[@]}" | xargs -P"$jobs" -n2 sh -c 'clang-tidy -p "$0" --quiet "$1"' 2>&1 |
     { grep -v 'warnings\? generated\.$' || true; }
-  echo "tidy: ${#files[@]} files checked"
+  echo "tidy: $((${#files[@]} / 2)) files checked"
 }
 
 # The HTML reference of the public headers and the guides (build/docs/html);
@@ -219,7 +223,7 @@ build_device() {
   configure build
   cmake --build build -j"$jobs" --target mgmtmsg oxa_mem_host mgmtmsg-dump >/dev/null
   cmake --install build --prefix "$PWD/build/stage" >/dev/null
-  cmake -S device -B build/device -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  cmake -S device -B build/device -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_EXPORT_COMPILE_COMMANDS=ON \
     -DCMAKE_PREFIX_PATH="$PWD/build/stage" >/dev/null
   cmake --build build/device -j"$jobs" >/dev/null
 }
@@ -258,11 +262,14 @@ stop_device() {
 }
 
 # The interoperability and fault tests of device/tests against real programs.
+# The service module runs under memcheck (DEVICE_VALGRIND): an error or a leak
+# makes its exit status, checked at each test's end, 99.
 stage_device() {
+  need_packages valgrind
   build_device
   device_stubs
   PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python \
-    DEVICE_BUILD=build/device /usr/bin/python3 device/tests/run_tests.py
+    DEVICE_BUILD=build/device DEVICE_VALGRIND=1 /usr/bin/python3 device/tests/run_tests.py
 }
 
 all_stages=(native device format tidy docs sanitize fuzz tsan valgrind target bench)

@@ -71,10 +71,11 @@ class Device:
             raise RuntimeError(f"front end did not start: {line!r}")
 
     def start_service(self, *args):
+        connected = self.frontend_log().count("service module connected")
         self.service = subprocess.Popen(
             [*self.service_wrap, f"{BUILD}/service/mgmtmsg-service", "--south", self.south, *args],
             stderr=open(os.path.join(self.workdir, "service.log"), "a"))
-        wait_for(lambda: "service module connected" in self.frontend_log())
+        wait_for(lambda: self.frontend_log().count("service module connected") > connected, 15)
 
     def frontend_log(self):
         with open(self.log) as f:
