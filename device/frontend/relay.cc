@@ -8,6 +8,8 @@
 namespace frontend {
 namespace {
 
+constexpr std::chrono::milliseconds kClockSlack(100);
+
 const char* const kMethods[] = {
     "/gnmi.gNMI/Capabilities",
     "/gnmi.gNMI/Get",
@@ -161,7 +163,8 @@ class Relay : public grpc::ServerGenericBidiReactor {
     if (finished_) {
       return;
     }
-    bool late = ctx_->deadline() <= std::chrono::system_clock::now();
+    // The call's timer and the system clock differ by some milliseconds.
+    bool late = ctx_->deadline() <= std::chrono::system_clock::now() + kClockSlack;
     EndLocked(grpc::Status(grpc::StatusCode::CANCELLED, late ? "deadline exceeded" : "cancelled"),
               late ? kDeadlineExceeded : kCancelled);
   }

@@ -17,8 +17,9 @@ GET, SUB = "/gnmi.gNMI/Get", "/gnmi.gNMI/Subscribe"
 
 
 class FakeService(threading.Thread):
-    """Echoes a Get's request as its reply; streams 1 KiB replies on a
-    Subscribe until cancelled. Keeps what it received."""
+    """Echoes a Get's request as its reply. On a Subscribe whose first message
+    is b"n:N", streams N numbered replies and ends; b"idle", nothing; else
+    1 KiB replies until cancelled. Keeps what it received."""
 
     def __init__(self, south):
         super().__init__(daemon=True)
@@ -39,9 +40,14 @@ class FakeService(threading.Thread):
         self.send(rpc_id, op_type=ipc.OPTYPE_NOTIFY, msg_type=ipc.MSGTYPE_RPC_DATA,
                   rpc_data=ipc.RpcData(data=data))
 
-    def stream(self, rpc_id):
+    def stream(self, rpc_id, count):
+        """count numbered replies then the end, or 1 KiB ones until cancelled."""
         try:
-            while rpc_id not in self.cancelled and not self.closed:
+            for seq in range(count):
+                self.reply(rpc_id, b"%d" % seq)
+            if count:
+                self.send(rpc_id, op_type=ipc.OPTYPE_DELETE, msg_type=ipc.MSGTYPE_SERVER_RPC)
+            while not count and rpc_id not in self.cancelled and not self.closed:
                 self.reply(rpc_id, b"\x00" * 1024)
                 time.sleep(0.001)
         except OSError:
@@ -73,8 +79,9 @@ class FakeService(threading.Thread):
         elif msg.op_type == ipc.OPTYPE_CREATE and msg.server_rpc.rpc_name == GET:
             self.reply(msg.rpc_id, msg.server_rpc.rpc_parament)
             self.send(msg.rpc_id, op_type=ipc.OPTYPE_DELETE, msg_type=ipc.MSGTYPE_SERVER_RPC)
-        elif msg.op_type == ipc.OPTYPE_CREATE:
-            threading.Thread(target=self.stream, args=(msg.rpc_id,), daemon=True).start()
+        elif msg.op_type == ipc.OPTYPE_CREATE and msg.server_rpc.rpc_parament != b"idle":
+            count = int(msg.server_rpc.rpc_parament[2:] or 0)
+            threading.Thread(target=self.stream, args=(msg.rpc_id, count), daemon=True).start()
 
     def cancel_codes(self):
         return sorted(m.result for m in self.received if m.op_type == ipc.OPTYPE_DELETE)
@@ -88,7 +95,7 @@ class FakeService(threading.Thread):
 class FrontEndTest(unittest.TestCase):
     def setUp(self):
         self.tmp = tempfile.TemporaryDirectory()
-        self.device = Device(self.tmp.name, frontend_args=["--max-queue", "8"])
+        self.device = Device(self.tmp.name, frontend_args=["--max-queue", "64"])
         self.device.start_frontend()
         self.fake = self.connect()
         self.client = Client(self.device.port, "alice", "secret")
@@ -119,6 +126,7 @@ class FrontEndTest(unittest.TestCase):
         self.assertTrue(0 < rpc.deadline <= 5000 and rpc.peer_port > 0)
         self.assertEqual((opened.login.user_name, opened.login.password), ("alice", "secret"))
         self.assertEqual((opened.connect_id, opened.rpc_id), (1, 1))
+        self.assertTrue(wait_for(lambda: len(self.fake.received) == 2))
         over = self.fake.received[1]
         self.assertEqual((over.op_type, over.msg_type, over.trans_num, over.rpc_data.is_over),
                          (ipc.OPTYPE_MODIFY, ipc.MSGTYPE_RPC_DATA, 2, True))
@@ -150,17 +158,16 @@ class FrontEndTest(unittest.TestCase):
         self.assertTrue(wait_for(lambda: self.device.live_calls() == 0))
 
     def test_cancel_and_deadline_free_the_call(self):
-        stream = self.client.raw(SUB, True)(iter([b"a"]), metadata=self.client.metadata)
-        next(stream)
-        self.assertEqual(self.device.live_calls(), 1)
+        stream = self.client.raw(SUB, True)(iter([b"idle"]), metadata=self.client.metadata)
+        self.assertTrue(wait_for(lambda: self.device.live_calls() == 1))
         stream.cancel()
-        late = self.client.raw(SUB, True)(iter([b"b"]), metadata=self.client.metadata,
+        late = self.client.raw(SUB, True)(iter([b"idle"]), metadata=self.client.metadata,
                                          timeout=0.5)
         with self.assertRaises(grpc.RpcError) as caught:
             for _ in late:
                 pass
         self.assertEqual(caught.exception.code(), grpc.StatusCode.DEADLINE_EXCEEDED)
-        self.assertTrue(wait_for(lambda: self.fake.cancel_codes() == [1, 4]))
+        self.assertTrue(wait_for(lambda: self.fake.cancel_codes() == [1, 4]), self.fake.cancel_codes())
         self.assertEqual(self.device.live_calls(), 0)
 
     def test_service_module_gone_and_back(self):
@@ -179,6 +186,27 @@ class FrontEndTest(unittest.TestCase):
         self.assertEqual(self.device.live_calls(), 0)
         self.fake = self.connect()
         self.assertEqual(self.client.raw(GET)(b"x", timeout=5), b"x")
+
+    def test_load_keeps_every_call_in_order(self):
+        def subscriber(results):
+            stream = self.client.raw(SUB, True)(iter([b"n:50"]), metadata=self.client.metadata,
+                                               timeout=60)
+            results.append([int(r) for r in stream] == list(range(50)))
+
+        def getter(results, n):
+            get = self.client.raw(GET)
+            results.append(all(get(b"%d:%d" % (n, i), timeout=30) == b"%d:%d" % (n, i)
+                               for i in range(50)))
+
+        results = []
+        threads = [threading.Thread(target=subscriber, args=(results,)) for _ in range(100)]
+        threads += [threading.Thread(target=getter, args=(results, n)) for n in range(20)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join(90)
+        self.assertEqual(results, [True] * 120)
+        self.assertTrue(wait_for(lambda: self.device.live_calls() == 0))
 
     def test_malformed_frames_drop_the_connection(self):
         for frame in [struct.pack("=I", 52428801), struct.pack("=I", 3) + b"\xff\xff\xff",
