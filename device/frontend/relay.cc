@@ -276,7 +276,11 @@ void CallTable::OnEvent(const SouthEvent& event) {
   if (relay && event.kind == SouthEvent::kReply) {
     relay->Deliver(event.data);
   } else if (relay && event.kind == SouthEvent::kEnd) {
-    relay->End(grpc::Status(static_cast<grpc::StatusCode>(event.result), event.description), false);
+    // A code outside gRPC's is passed on as UNKNOWN.
+    auto code = event.result <= grpc::StatusCode::UNAUTHENTICATED
+                    ? static_cast<grpc::StatusCode>(event.result)
+                    : grpc::StatusCode::UNKNOWN;
+    relay->End(grpc::Status(code, event.description), false);
   } else if (event.kind == SouthEvent::kUnknown) {
     std::fprintf(stderr, "south: message of no known kind for call %u dropped\n", event.rpc_id);
   }
