@@ -268,7 +268,7 @@ stage_device() {
   need_packages valgrind
   build_device
   device_stubs
-  PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python \
+  PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python PYTHONDONTWRITEBYTECODE=1 \
     DEVICE_BUILD=build/device DEVICE_VALGRIND=1 /usr/bin/python3 device/tests/run_tests.py
 }
 
@@ -301,7 +301,7 @@ case "${1:-}" in
     trap stop_device EXIT
     trap 'exit 130' INT TERM
     start_device
-    PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python \
+    PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python PYTHONDONTWRITEBYTECODE=1 \
       /usr/bin/python3 device/client/session.py
     ;;
   device)
