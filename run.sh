@@ -88,21 +88,25 @@ stage_format() {
   echo "format: ${#files[@]} files checked"
 }
 
-# clang-tidy (.clang-tidy) over the sources of the native build, through its
-# compile database.
+# clang-tidy (.clang-tidy) over the sources of the native build and of the
+# reference device (build/device), each through its compile database.
 stage_tidy() {
   need_packages "${base_packages[@]}" clang-tidy
   build build
-  local files=() file
+  build_device
+  local files=() file db
   while read -r file; do
-    if grep -qF "\"file\": \"$PWD/$file\"" build/compile_commands.json; then
-      files+=("$file")
-    fi
+    for db in build build/device; do
+      if grep -qF "\"file\": \"$PWD/$file\"" "$db/compile_commands.json"; then
+        files+=("$db" "$file")
+        break
+      fi
+    done
   done < <(own_sources '*.c' '*.cc')
-  ((${#files[@]})) || { echo "no source in the compile database"; return 1; }
-  printf '%s\n' "${files[@]}" | xargs -P"$jobs" -n1 clang-tidy -p build --quiet 2>&1 |
+  ((${#files[@]})) || { echo "no source in the compile databases"; return 1; }
+  printf '%s\n' "${files[@]}" | xargs -P"$jobs" -n2 sh -c 'clang-tidy -p "$0" --quiet "$1"' 2>&1 |
     { grep -v 'warnings\? generated\.$' || true; }
-  echo "tidy: ${#files[@]} files checked"
+  echo "tidy: $((${#files[@]} / 2)) files checked"
 }
 
 # The HTML reference of the public headers and the guides (build/docs/html);
@@ -211,7 +215,45 @@ stage_bench() {
   ((listed > 0 && ran == listed))
 }
 
-all_stages=(native format tidy docs sanitize fuzz tsan valgrind target bench)
+# ---- Reference device (device/): a consumer of the installed library ----
+device_packages=(libgrpc++-dev protobuf-compiler-grpc python3-grpcio python3-grpc-tools
+  python3-protobuf)
+
+# Builds the library, installs it to build/stage and builds device/ against
+# that install in build/device.
+build_device() {
+  need_packages "${base_packages[@]}" "${device_packages[@]}"
+  configure build
+  cmake --build build -j"$jobs" --target mgmtmsg oxa_mem_host mgmtmsg-dump >/dev/null
+  cmake --install build --prefix "$PWD/build/stage" >/dev/null
+  cmake -S device -B build/device -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_EXPORT_COMPILE_COMMANDS=ON \
+    -DCMAKE_PREFIX_PATH="$PWD/build/stage" >/dev/null
+  cmake --build build/device -j"$jobs" >/dev/null
+}
+
+# Python stubs of the schemas, generated into build/device/py for the clients.
+# gnmi.proto imports gnmi_ext.proto by its published path, which is no Python
+# package name: the copy imports it by file name.
+device_stubs() {
+  local out=build/device/py
+  mkdir -p "$out/proto"
+  cp proto/gnmi_ext.proto proto/quorix-grpc-dialin.proto proto/quorix-grpc-ipc.proto "$out/proto/"
+  sed 's|^import "github.com/.*/gnmi_ext.proto";|import "gnmi_ext.proto";|' proto/gnmi.proto \
+    >"$out/proto/gnmi.proto"
+  (cd "$out/proto" && /usr/bin/python3 -m grpc_tools.protoc -I. --python_out=.. \
+    --grpc_python_out=.. gnmi.proto gnmi_ext.proto quorix-grpc-dialin.proto quorix-grpc-ipc.proto)
+}
+
+# The front end's tests (device/tests): a Python gRPC client on one side, a
+# Python stand-in for the service module on the south socket on the other.
+stage_device() {
+  build_device
+  device_stubs
+  PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python PYTHONDONTWRITEBYTECODE=1 \
+    DEVICE_BUILD=build/device /usr/bin/python3 device/tests/run_tests.py
+}
+
+all_stages=(native device format tidy docs sanitize fuzz tsan valgrind target bench)
 
 run_tests() {
   local stages=("$@") passed=0 failed=0 stage
