@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds and runs mgmtmsg on a Debian bookworm machine, installing any missing
 # Debian package first.
-#   ./run.sh example          build the library and run the example program
+#   ./run.sh example          start the reference device and run a gNMI session
+#   ./run.sh device           run the reference device in the foreground
 #   ./run.sh test [STAGE...]  build and run every test stage (or the ones named)
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -244,13 +245,34 @@ device_stubs() {
     --grpc_python_out=.. gnmi.proto gnmi_ext.proto quorix-grpc-dialin.proto quorix-grpc-ipc.proto)
 }
 
-# The front end's tests (device/tests): a Python gRPC client on one side, a
-# Python stand-in for the service module on the south socket on the other.
+# Starts both programs in the background (GNMI_PORT, DEVICE_SOUTH); their
+# pids in device_pids.
+device_pids=()
+start_device() {
+  local south=${DEVICE_SOUTH:-$PWD/build/device/south.sock}
+  build/device/frontend/mgmtmsg-frontend --south "$south" &
+  device_pids+=($!)
+  build/device/service/mgmtmsg-service --south "$south" &
+  device_pids+=($!)
+}
+stop_device() {
+  local pid status=0
+  for pid in "${device_pids[@]}"; do kill -TERM "$pid" 2>/dev/null || true; done
+  for pid in "${device_pids[@]}"; do wait "$pid" || status=$?; done
+  device_pids=()
+  return $status
+}
+
+# The reference device's tests (device/tests): the front end against a Python
+# stand-in service module, then both programs through a real gNMI client, the
+# service module under memcheck (DEVICE_VALGRIND: an error or a leak makes its
+# exit status, checked at each test's end, 99).
 stage_device() {
+  need_packages valgrind
   build_device
   device_stubs
   PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python PYTHONDONTWRITEBYTECODE=1 \
-    DEVICE_BUILD=build/device /usr/bin/python3 device/tests/run_tests.py
+    DEVICE_BUILD=build/device DEVICE_VALGRIND=1 /usr/bin/python3 device/tests/run_tests.py
 }
 
 all_stages=(native device format tidy docs sanitize fuzz tsan valgrind target bench)
@@ -277,10 +299,20 @@ run_tests() {
 
 case "${1:-}" in
   example)
-    need_packages "${base_packages[@]}"
-    configure build
-    cmake --build build -j"$jobs" --target mgmtmsg_example mgmtmsg-dump >/dev/null
-    ./build/examples/mgmtmsg_example
+    build_device
+    device_stubs
+    trap stop_device EXIT
+    trap 'exit 130' INT TERM
+    start_device
+    PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python PYTHONDONTWRITEBYTECODE=1 \
+      /usr/bin/python3 device/client/session.py
+    ;;
+  device)
+    build_device
+    trap stop_device EXIT
+    trap 'exit 130' INT TERM
+    start_device
+    wait -n "${device_pids[@]}"
     ;;
   test)
     shift
@@ -291,7 +323,7 @@ case "${1:-}" in
     "stage_$2"
     ;;
   *)
-    sed -n '2,6p' "$0"
+    sed -n '2,7p' "$0"
     exit 2
     ;;
 esac

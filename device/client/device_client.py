@@ -20,6 +20,16 @@ import quorix_grpc_dialin_pb2_grpc as dialin_grpc
 BUILD = os.environ.get("DEVICE_BUILD", "build/device")
 
 
+def path(text):
+    """'/a/b[k=v]/c' as a gnmi.Path (keys without '/' or ']' in them)."""
+    elems = []
+    for part in [p for p in text.split("/") if p]:
+        name = part.split("[", 1)[0]
+        keys = dict(re.findall(r"\[([^=\]]+)=([^\]]*)\]", part))
+        elems.append(gnmi_pb2.PathElem(name=name, key=keys))
+    return gnmi_pb2.Path(elem=elems)
+
+
 def free_port():
     with socket.socket() as s:
         s.bind(("127.0.0.1", 0))
@@ -37,13 +47,14 @@ def wait_for(predicate, timeout=5.0, step=0.05):
 
 
 class Device:
-    """The front end as a process on loopback; the tests play the service module."""
+    """The front end and the service module as processes on loopback."""
 
-    def __init__(self, workdir, frontend_args=()):
+    def __init__(self, workdir, service_wrap=(), frontend_args=()):
         os.makedirs(workdir, exist_ok=True)
         self.workdir = workdir
         self.south = os.path.join(workdir, "south.sock")
         self.port = free_port()
+        self.service_wrap = list(service_wrap)
         self.frontend_args = list(frontend_args)
         self.frontend = self.service = None
         self.log = os.path.join(workdir, "frontend.log")
@@ -59,6 +70,14 @@ class Device:
         if not line.startswith("listening on"):
             raise RuntimeError(f"front end did not start: {line!r}")
 
+    def start_service(self, *args):
+        connected = self.frontend_log().count("service module connected")
+        with open(os.path.join(self.workdir, "service.log"), "a") as log:
+            self.service = subprocess.Popen(
+                [*self.service_wrap, f"{BUILD}/service/mgmtmsg-service", "--south", self.south,
+                 *args], stderr=log)
+        wait_for(lambda: self.frontend_log().count("service module connected") > connected, 15)
+
     def frontend_log(self):
         with open(self.log) as f:
             return f.read()
@@ -72,21 +91,29 @@ class Device:
 
     @staticmethod
     def _stop(proc, sig=signal.SIGTERM):
-        if proc is None or proc.poll() is not None:
-            return proc.returncode if proc else 0
-        proc.send_signal(sig)
-        try:
-            return proc.wait(10)
-        except subprocess.TimeoutExpired:
-            proc.kill()
-            return proc.wait()
+        if proc is None:
+            return 0
+        if proc.poll() is None:
+            proc.send_signal(sig)
+            try:
+                proc.wait(30)
+            except subprocess.TimeoutExpired:
+                proc.kill()
+                proc.wait()
+        if proc.stdout:
+            proc.stdout.close()
+        return proc.returncode
+
+    def stop_service(self, sig=signal.SIGTERM):
+        status, self.service = self._stop(self.service, sig), None
+        return status
 
     def stop_frontend(self, sig=signal.SIGTERM):
         status, self.frontend = self._stop(self.frontend, sig), None
         return status
 
     def stop(self):
-        return self.stop_frontend()
+        return self.stop_service(), self.stop_frontend()
 
 
 class Client:
@@ -107,4 +134,12 @@ class Client:
         self.channel.close()
 
 
-__all__ = ["Client", "Device", "dialin_pb2", "gnmi_pb2", "wait_for"]
+def subscribe_request(paths, list_mode, encoding=gnmi_pb2.JSON_IETF, **kwargs):
+    """A SubscribeRequest with a SubscriptionList of the paths; kwargs go to the
+    Subscription entries (sample_interval, mode ...)."""
+    subs = [gnmi_pb2.Subscription(path=path(p), **kwargs) for p in paths]
+    return gnmi_pb2.SubscribeRequest(subscribe=gnmi_pb2.SubscriptionList(
+        subscription=subs, mode=list_mode, encoding=encoding))
+
+
+__all__ = ["Client", "Device", "dialin_pb2", "gnmi_pb2", "path", "subscribe_request", "wait_for"]
