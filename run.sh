@@ -119,7 +119,8 @@ stage_docs() {
   test -s build/docs/html/index.html
 }
 
-# Every fuzz harness of the sanitize stage's build (build-asan/fuzz/fuzz_*)
+# Every fuzz harness of the sanitize stage's build (build-asan/fuzz/fuzz_*) and
+# the service module's (build-asan/device/fuzz)
 # for FUZZ_SECONDS (60) under ASan and UBSan, two at a time, from the committed
 # seeds; a crash, leak, timeout or out-of-memory report fails it, and so does a
 # harness that ran no input. Corpora, logs and crash inputs stay in
@@ -146,9 +147,17 @@ stage_fuzz() {
   need_packages "${base_packages[@]}" clang libclang-rt-14-dev
   build build-asan -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
     -DMGMTMSG_SANITIZE=address,undefined -DMGMTMSG_FUZZ=ON
+  # The service module's frame dispatch, against the sanitized library.
+  need_packages "${device_packages[@]}"
+  cmake --install build-asan --prefix "$PWD/build-asan/stage" >/dev/null
+  cmake -S device -B build-asan/device -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+    -DCMAKE_C_FLAGS="-fsanitize=address,undefined" -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=address,undefined" \
+    -DMGMTMSG_DEVICE_FUZZ=ON -DCMAKE_PREFIX_PATH="$PWD/build-asan/stage" >/dev/null
+  cmake --build build-asan/device -j"$jobs" --target fuzz_service_frames >/dev/null
   rm -rf build-asan/fuzz-run
   local harnesses
-  mapfile -t harnesses < <(find build-asan/fuzz -maxdepth 1 -name 'fuzz_*' -type f -perm -u+x | sort)
+  mapfile -t harnesses < <(find build-asan/fuzz build-asan/device/fuzz -maxdepth 1 -name 'fuzz_*' \
+    -type f -perm -u+x | sort)
   ((${#harnesses[@]})) || { echo "no fuzz harness built"; return 1; }
   export -f fuzz_one
   printf '%s\n' "${harnesses[@]}" | xargs -P2 -I{} bash -c 'fuzz_one {}'

@@ -414,6 +414,11 @@ def main():
     ]
     out += [f"| {e['workload']} | {'yes' if e['identical'] else '**no**'} | {e['bytes']:,} |"
             for e in check["identity"]]
+    # The reference device's section is device/bench/run.sh's: kept as it stands.
+    page = pathlib.Path("docs/performance.md")
+    device = page.read_text().find("\n## Reference device\n") if page.exists() else -1
+    if device >= 0:
+        out.append(page.read_text()[device:].rstrip("\n"))
     print("\n".join(out))
 
 

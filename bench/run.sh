@@ -57,5 +57,6 @@ done
   echo "date=$(date -u '+%Y-%m-%d %H:%M UTC')"
 } >"$out/machine.txt"
 
-python3 bench/report.py "$out" >docs/performance.md
+python3 bench/report.py "$out" >"$out/performance.md"
+mv "$out/performance.md" docs/performance.md
 echo "== docs/performance.md regenerated"

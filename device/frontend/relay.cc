@@ -91,10 +91,15 @@ class Relay : public grpc::ServerGenericBidiReactor {
     StartRead(&request_);
   }
 
-  // A reply of the service module.
-  void Deliver(const std::string& data) {
+  // A reply of the service module. The last one (is_over), when nothing is
+  // waiting before it, is kept to be written together with the end.
+  void Deliver(const std::string& data, bool is_over) {
     std::lock_guard<std::mutex> lock(mu_);
     if (finished_) {
+      return;
+    }
+    if (is_over && queue_.empty() && !writing_ && !last_) {
+      last_ = data;
       return;
     }
     if (queue_.size() >= table_->settings().max_queued ||
@@ -115,7 +120,9 @@ class Relay : public grpc::ServerGenericBidiReactor {
     if (finished_) {
       return;
     }
-    if (no_wait || (queue_.empty() && !writing_)) {
+    if (last_ && !no_wait) {
+      FinishWithLastLocked(status);
+    } else if (no_wait || (queue_.empty() && !writing_)) {
       EndLocked(status, 0);
     } else {
       pending_end_ = status;
@@ -203,11 +210,24 @@ class Relay : public grpc::ServerGenericBidiReactor {
     StartWrite(&reply_);
   }
 
+  // Writes the kept last reply and ends the call in one operation.
+  void FinishWithLastLocked(const grpc::Status& status) {
+    finished_ = true;
+    if (registered_) {
+      table_->Remove(ctx_->peer(), id_.rpc_id);
+    }
+    grpc::Slice slice(*last_);
+    last_.reset();
+    reply_ = grpc::ByteBuffer(&slice, 1);
+    StartWriteAndFinish(&reply_, grpc::WriteOptions(), status);
+  }
+
   // Ends the call with the status; cancel_code != 0 tells the service module
   // why, when it knows the call.
   void EndLocked(const grpc::Status& status, uint32_t cancel_code) {
     finished_ = true;
     queue_.clear();
+    last_.reset();
     queued_bytes_ = 0;
     if (cancel_code != 0 && opened_) {
       SendLocked(CancelFrame(NextId(), cancel_code, status.error_message()));
@@ -232,6 +252,7 @@ class Relay : public grpc::ServerGenericBidiReactor {
   std::deque<std::string> queue_;
   size_t queued_bytes_ = 0;
   std::optional<grpc::Status> pending_end_;
+  std::optional<std::string> last_;
 };
 
 grpc::ServerGenericBidiReactor* CallTable::Create(grpc::GenericCallbackServerContext* ctx) {
@@ -274,7 +295,7 @@ size_t CallTable::Live() {
 void CallTable::OnEvent(const SouthEvent& event) {
   std::shared_ptr<Relay> relay = Find(event.rpc_id);
   if (relay && event.kind == SouthEvent::kReply) {
-    relay->Deliver(event.data);
+    relay->Deliver(event.data, event.is_over);
   } else if (relay && event.kind == SouthEvent::kEnd) {
     // A code outside gRPC's is passed on as UNKNOWN.
     auto code = event.result <= grpc::StatusCode::UNAUTHENTICATED

@@ -102,7 +102,7 @@ int call_reply(struct service* svc, struct call* call, const void* data, uint32_
 /* Opens a call (message 1): login, then the method's first answer. */
 static void open_call(struct service* svc, void* msg) {
   void* rpc = GRPCI_SouthMsgGetServerRpc(msg);
-  void* login = GRPCI_SouthMsgGetLogin(msg);
+  void* login = GRPCI_SouthMsgHasLogin(msg) ? GRPCI_SouthMsgGetLogin(msg) : NULL;
   const char* method = GRPCI_ServerRpcGetRpcName(rpc);
   uint32_t len = 0;
   const char* data = GRPCI_ServerRpcGetRpcParament(rpc, &len);
@@ -133,8 +133,8 @@ static void open_call(struct service* svc, void* msg) {
     return;
   }
   call->kind = kMethods[i].kind;
-  if (!users_check(&svc->users, GRPCI_LoginAuthGetUserName(login),
-                   GRPCI_LoginAuthGetPassword(login))) {
+  if (login == NULL || !users_check(&svc->users, GRPCI_LoginAuthGetUserName(login),
+                                    GRPCI_LoginAuthGetPassword(login))) {
     call_end(svc, call, MGMTMSG_STATUS_UNAUTHENTICATED, "bad username or password");
     return;
   }
@@ -177,7 +177,8 @@ static void dispatch(struct service* svc, void* msg) {
     /* The call has ended: its half-close or cancel crossed the end on the way. */
   } else if (op == GRPCI_OPTYPE_DELETE && type == GRPCI_MSGTYPE_SERVER_RPC) {
     remove_call(svc, call); /* cancelled: nothing more is sent */
-  } else if (op == GRPCI_OPTYPE_MODIFY && type == GRPCI_MSGTYPE_RPC_DATA) {
+  } else if (op == GRPCI_OPTYPE_MODIFY && type == GRPCI_MSGTYPE_RPC_DATA &&
+             GRPCI_SouthMsgHasRpcData(msg)) {
     uint32_t len = 0;
     void* record = GRPCI_SouthMsgGetRpcData(msg);
     const char* data = GRPCI_RpcDataReadData(record, &len);
