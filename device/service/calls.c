@@ -82,8 +82,9 @@ void call_end(struct service* svc, struct call* call, uint32_t status, const cha
     GRPCI_SouthMsgSetResult(msg, status);
     GRPCI_SouthMsgSetResultDesc(msg, message, (uint32_t)strlen(message));
   }
-  if (!send_message(svc, msg))
+  if (!send_message(svc, msg)) {
     fprintf(stderr, "service: call %u: no memory for its end\n", call->rpc_id);
+  }
   remove_call(svc, call);
 }
 
@@ -115,7 +116,7 @@ static void open_call(struct service* svc, void* msg) {
   }
   if (svc->call_count == svc->call_cap) {
     size_t cap = svc->call_cap ? svc->call_cap * 2 : 16;
-    grown = realloc(svc->calls, cap * sizeof *grown);
+    grown = realloc(svc->calls, cap * sizeof(struct call*));
     if (grown == NULL) return;
     svc->calls = grown;
     svc->call_cap = cap;

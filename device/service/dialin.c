@@ -76,8 +76,9 @@ static int sample(struct service* svc, struct call* call) {
 static uint32_t read_args(struct service* svc, struct dialin* dialin, void* args, const void* data,
                           uint32_t len, const char** why) {
   int i;
-  if (!GRPCI_SubsArgsParse(args, data, (int32_t)len))
+  if (!GRPCI_SubsArgsParse(args, data, (int32_t)len)) {
     return *why = "SubsArgs not parsed", MGMTMSG_STATUS_INVALID_ARGUMENT;
+  }
   dialin->count = GRPCI_SubsArgsPathSizeof(args);
   if (dialin->count == 0) return *why = "no path", MGMTMSG_STATUS_INVALID_ARGUMENT;
   for (i = 0; i < dialin->count; i++) {

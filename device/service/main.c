@@ -39,7 +39,7 @@ struct options {
 /* Reads the options into opts and the users; 0 with a message on a bad one. */
 static int read_options(int argc, char** argv, struct options* opts, struct users* users) {
   int i;
-  for (i = 1; i < argc; i++) {
+  for (i = 1; i < argc; i += 2) {
     const char* value = i + 1 < argc ? argv[i + 1] : NULL;
     int ok = value != NULL;
     if (strcmp(argv[i], "--help") == 0) {
@@ -62,7 +62,6 @@ static int read_options(int argc, char** argv, struct options* opts, struct user
       fprintf(stderr, "mgmtmsg-service: bad option %s\n%s", argv[i], kUsage);
       return 0;
     }
-    i++;
   }
   return users->count > 0 || users_add(users, "admin:admin");
 }

@@ -1,10 +1,11 @@
 /* gNMI Subscribe: ONCE, POLL and STREAM (SAMPLE, ON_CHANGE, TARGET_DEFINED),
- * each stream with a reset context of its own. TARGET_DEFINED is on-change:
+ * each stream with a context of its own whose notifications the writer
+ * puts straight into bytes. TARGET_DEFINED is on-change:
  * the counters change every tick, so they come every tick. */
 #include <common/mgmtmsg_codes.h>
 #include <gnmi/gnmi_ex.h>
 #include <gnmi/gnmi_path.h>
-#include <gnmi/gnmi_stream.h>
+#include <gnmi/gnmi_wire.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -27,7 +28,7 @@ struct entry {
 };
 
 struct stream {
-  void* ctx; /* the request stays; the response is reset for every message */
+  void* ctx; /* the request stays; the writer makes every message */
   struct path_store patterns;
   int list_mode;
   int encoding;
@@ -77,27 +78,34 @@ static int pick(struct stream* stream, const struct leaf* leaf, size_t l) {
 }
 
 /* Sends one notification of what the due entries pick (nothing when they
- * pick nothing, unless it is a snapshot), then clears their dues. 1, or 0
- * when the call has ended. */
+ * pick nothing, unless it is a snapshot), written straight into bytes with
+ * the leaves' wire paths, then clears their dues. 1, or 0 when the call has
+ * ended. */
 static int emit(struct service* svc, struct call* call, int snapshot) {
   struct stream* stream = call->stream;
-  void* notification;
+  struct buffer deletes = {NULL, 0, 0}; /* leaf indices: written after the updates */
   void* bytes = NULL;
-  int len = 0, i, picked = 0, ok = GNMI_SubscribeResponse_Reset(stream->ctx);
+  int len = 0, i, picked = 0, ok = GNMI_Writer_Begin(stream->ctx, (int64_t)realtime_ns(), NULL);
   size_t l;
   for (i = 0; ok && i < stream->count; i++) ok = fit_sent(&stream->entries[i], svc->tree.count);
-  notification = GNMI_SubscribeResponse_GetNotification(stream->ctx);
-  GNMI_Notification_SetTimestamp(notification, (int64_t)realtime_ns());
   for (l = 0; ok && l < svc->tree.count; l++) {
-    const struct leaf* leaf = &svc->tree.leaves[l];
+    struct leaf* leaf = &svc->tree.leaves[l];
     int verdict = pick(stream, leaf, l);
-    if (verdict > 0) ok = notify_leaf(notification, leaf, stream->encoding);
-    if (verdict < 0) GNMI_Path_CopyFrom(GNMI_Notification_AppendDelete(notification), leaf->path);
+    if (verdict != 0) ok = tree_wire_path(leaf) != NULL;
+    if (ok && verdict > 0)
+      ok = value_write(stream->ctx, leaf->wire, &leaf->value, stream->encoding);
+    if (ok && verdict < 0) ok = buffer_append(&deletes, &l, sizeof l);
     picked |= verdict;
   }
+  for (l = 0; ok && l < deletes.len / sizeof l; l++) {
+    size_t index;
+    memcpy(&index, deletes.data + l * sizeof l, sizeof index);
+    ok = GNMI_Writer_AddDelete(stream->ctx, svc->tree.leaves[index].wire);
+  }
+  buffer_free(&deletes);
   for (i = 0; i < stream->count; i++) stream->entries[i].due = DUE_NOT;
   if (ok && !picked && !snapshot) return 1;
-  if (!ok || !GNMI_SubscribeResponse_Serialize(stream->ctx, &bytes, &len)) {
+  if (!ok || !GNMI_Writer_Finish(stream->ctx, &bytes, &len)) {
     call_end(svc, call, MGMTMSG_STATUS_RESOURCE_EXHAUSTED, "out of memory");
     return 0;
   }
@@ -127,19 +135,23 @@ static uint32_t read_list(struct service* svc, struct stream* stream, const char
   void* prefix = GNMI_SubscribeRequest_HasPrefix(ctx) ? GNMI_SubscribeRequest_GetPrefix(ctx) : NULL;
   uint64_t now = monotonic_ns();
   int i, count;
-  if (!GNMI_SubscribeRequest_HasSubscribe(ctx))
+  if (!GNMI_SubscribeRequest_HasSubscribe(ctx)) {
     return *why = "no SubscriptionList first", MGMTMSG_STATUS_INVALID_ARGUMENT;
+  }
   stream->list_mode = GNMI_SubscribeRequest_GetSubscriptionMode(ctx);
   stream->encoding = GNMI_SubscribeRequest_GetEncoding(ctx);
   count = GNMI_SubscribeRequest_SubscriptionSize(ctx);
-  if (!encoding_served(stream->encoding))
+  if (!encoding_served(stream->encoding)) {
     return *why = "encoding not supported", MGMTMSG_STATUS_UNIMPLEMENTED;
-  if (stream->list_mode > GNMI_SUBSCRIPTIONLIST_POLL)
+  }
+  if (stream->list_mode > GNMI_SUBSCRIPTIONLIST_POLL) {
     return *why = "unknown mode", MGMTMSG_STATUS_INVALID_ARGUMENT;
+  }
   if (count == 0) return *why = "no subscription", MGMTMSG_STATUS_INVALID_ARGUMENT;
   stream->entries = calloc((size_t)count, sizeof *stream->entries);
-  if (stream->entries == NULL || !path_store_init(&stream->patterns))
+  if (stream->entries == NULL || !path_store_init(&stream->patterns)) {
     return *why = "out of memory", MGMTMSG_STATUS_RESOURCE_EXHAUSTED;
+  }
   stream->count = count;
   for (i = 0; i < stream->count; i++) {
     struct entry* entry = &stream->entries[i];
@@ -165,8 +177,9 @@ static int mark_present(struct service* svc, struct stream* stream) {
     if (!fit_sent(entry, svc->tree.count)) return 0;
     for (l = 0; l < svc->tree.count; l++) {
       const struct leaf* leaf = &svc->tree.leaves[l];
-      if (!leaf->deleted && GNMI_Path_Covers(entry->pattern, leaf->path))
+      if (!leaf->deleted && GNMI_Path_Covers(entry->pattern, leaf->path)) {
         entry->sent[l] = leaf->version;
+      }
     }
   }
   return 1;
@@ -188,8 +201,9 @@ void stream_open(struct service* svc, struct call* call, const void* data, uint3
     return;
   }
   call->stream = stream;
-  if (GNMI_SubscribeRequest_Parse(stream->ctx, data, (int)len))
+  if (GNMI_SubscribeRequest_Parse(stream->ctx, data, (int)len)) {
     status = read_list(svc, stream, &why);
+  }
   if (status != MGMTMSG_STATUS_OK) {
     call_end(svc, call, status, why);
     return;
@@ -239,8 +253,9 @@ uint64_t stream_run(struct service* svc, struct call* call, uint64_t now) {
       entry->next_heartbeat = now + entry->heartbeat;
     }
     due |= entry->due != DUE_NOT;
-    if (entry->mode == GNMI_SUBSCRIPTIONMODE_SAMPLE && entry->next_sample < next)
+    if (entry->mode == GNMI_SUBSCRIPTIONMODE_SAMPLE && entry->next_sample < next) {
       next = entry->next_sample;
+    }
     if (entry->heartbeat != 0 && entry->next_heartbeat < next) next = entry->next_heartbeat;
   }
   return due && !emit(svc, call, 0) ? UINT64_MAX : next;

@@ -3,6 +3,7 @@
 #include "clock.h"
 
 #include <gnmi/gnmi_path.h>
+#include <gnmi/gnmi_wire.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -13,6 +14,11 @@ char* path_text(void* path) {
   char* text = malloc((size_t)len + 1);
   if (text != NULL) GNMI_Path_ToString(path, text, len + 1);
   return text;
+}
+
+void* tree_wire_path(struct leaf* leaf) {
+  if (leaf->wire == NULL) leaf->wire = GNMI_WirePath_Make(leaf->path);
+  return leaf->wire;
 }
 
 struct leaf* tree_find(struct tree* tree, const char* text) {
@@ -157,6 +163,7 @@ void tree_free(struct tree* tree) {
   size_t i;
   for (i = 0; i < tree->count; i++) {
     free(tree->leaves[i].text);
+    GNMI_WirePath_Free(tree->leaves[i].wire);
     value_clear(&tree->leaves[i].value);
   }
   free(tree->leaves);

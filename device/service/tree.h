@@ -13,6 +13,7 @@
 struct leaf {
   char* text; /* canonical path text */
   void* path; /* the same path, for matching */
+  void* wire; /* the same path encoded once, made on first use */
   struct value value;
   uint64_t version; /* the tree's version of the leaf's last change */
   int deleted;
@@ -42,6 +43,8 @@ struct leaf* tree_find(struct tree* tree, const char* text);
  * when memory runs out. */
 struct leaf* tree_put(struct tree* tree, void* path, const struct value* value);
 void tree_delete(struct tree* tree, struct leaf* leaf);
+/* The leaf's wire path (made on first use), or NULL when memory runs out. */
+void* tree_wire_path(struct leaf* leaf);
 /* The canonical text of a path, malloc'ed; NULL when memory runs out. */
 char* path_text(void* path);
 

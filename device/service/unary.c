@@ -61,30 +61,42 @@ int notify_leaf(void* notification, const struct leaf* leaf, int encoding) {
   return value_to_typed(GNMI_Update_SetVal(update), &leaf->value, encoding);
 }
 
-/* Fills the response: a notification per path. The status. */
+/* Adds the leaf to the notification when it is live and of the DataType: 1
+ * added, 0 not, -1 out of memory. */
+static int add_leaf(void* notification, const struct leaf* leaf, int type, int encoding) {
+  if (leaf->deleted || !of_type(leaf, type)) return 0;
+  return notify_leaf(notification, leaf, encoding) ? 1 : -1;
+}
+
+/* Fills the response: a notification per path, the leaves at or under it (a
+ * leaf's own path is looked up, nothing lies under a leaf). The status. */
 static uint32_t get_into(struct service* svc, void* ctx, struct path_store* scratch,
                          const char** why) {
   void* prefix = GNMI_GetRequest_HasPrefix(ctx) ? GNMI_GetRequest_GetPrefix(ctx) : NULL;
   int encoding = GNMI_GetRequest_GetEncoding(ctx), type = GNMI_GetRequest_GetType(ctx);
   uint64_t now = realtime_ns();
   int i, count = GNMI_GetRequest_PathSizeof(ctx);
-  size_t l;
-  if (!encoding_served(encoding))
+  if (!encoding_served(encoding)) {
     return *why = "encoding not supported", MGMTMSG_STATUS_UNIMPLEMENTED;
+  }
   if (count == 0) return *why = "no path", MGMTMSG_STATUS_INVALID_ARGUMENT;
   for (i = 0; i < count; i++) {
     void* pattern = path_store_join(scratch, prefix, GNMI_GetRequest_GetPath(ctx, i));
     void* notification = GNMI_GetResponse_AppendNotification(ctx);
-    int found = 0;
+    char* text = path_text(pattern);
+    struct leaf* exact = text != NULL ? tree_find(&svc->tree, text) : NULL;
+    int found = 0, added = exact != NULL ? add_leaf(notification, exact, type, encoding) : 0;
+    size_t l;
+    free(text);
     GNMI_Notification_SetTimestamp(notification, (int64_t)now);
-    for (l = 0; l < svc->tree.count; l++) {
-      const struct leaf* leaf = &svc->tree.leaves[l];
-      if (leaf->deleted || !of_type(leaf, type) || !GNMI_Path_Covers(pattern, leaf->path)) continue;
-      if (!notify_leaf(notification, leaf, encoding))
-        return *why = "out of memory", MGMTMSG_STATUS_RESOURCE_EXHAUSTED;
-      found = 1;
+    for (l = 0; exact == NULL && added >= 0 && l < svc->tree.count; l++) {
+      found |= added;
+      added = GNMI_Path_Covers(pattern, svc->tree.leaves[l].path)
+                  ? add_leaf(notification, &svc->tree.leaves[l], type, encoding)
+                  : 0;
     }
-    if (!found) return *why = "no data at a path", MGMTMSG_STATUS_NOT_FOUND;
+    if (added < 0) return *why = "out of memory", MGMTMSG_STATUS_RESOURCE_EXHAUSTED;
+    if (!(found | added)) return *why = "no data at a path", MGMTMSG_STATUS_NOT_FOUND;
   }
   return MGMTMSG_STATUS_OK;
 }
@@ -157,8 +169,9 @@ static uint32_t set_into(struct service* svc, void* ctx, struct path_store* scra
     void* path = GNMI_SetRequest_GetDelete(ctx, i);
     void* pattern = path_store_join(scratch, prefix, path);
     for (l = 0; l < svc->tree.count; l++) {
-      if (GNMI_Path_Covers(pattern, svc->tree.leaves[l].path))
+      if (GNMI_Path_Covers(pattern, svc->tree.leaves[l].path)) {
         tree_delete(&svc->tree, &svc->tree.leaves[l]);
+      }
     }
     add_result(ctx, path, GNMI_UPDATERESULT_DELETE);
   }

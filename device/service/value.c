@@ -3,6 +3,7 @@
 #include <common/mgmtmsg_codes.h>
 #include <gnmi/gnmi_ex.h>
 #include <gnmi/gnmi_value.h>
+#include <gnmi/gnmi_wire.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -77,6 +78,31 @@ int value_to_typed(void* typed, const struct value* value, int encoding) {
   }
   buffer_free(&json);
   return 1;
+}
+
+int value_write(void* ctx, void* wirePath, const struct value* value, int encoding) {
+  struct buffer json = {0};
+  int ok;
+  if (encoding == GNMI_ENCODING_PROTO) {
+    switch (value->kind) {
+      case VALUE_STRING:
+        return GNMI_Writer_AddString(ctx, wirePath, value->s, (uint32_t)strlen(value->s));
+      case VALUE_UINT:
+        return GNMI_Writer_AddUint(ctx, wirePath, value->u);
+      case VALUE_INT:
+        return GNMI_Writer_AddInt(ctx, wirePath, value->i);
+      case VALUE_BOOL:
+        return GNMI_Writer_AddBool(ctx, wirePath, value->b);
+    }
+  }
+  ok = json_format(value, encoding == GNMI_ENCODING_JSON_IETF, &json);
+  if (ok && encoding == GNMI_ENCODING_JSON_IETF) {
+    ok = GNMI_Writer_AddJsonIetf(ctx, wirePath, (const char*)json.data, (uint32_t)json.len);
+  } else if (ok) {
+    ok = GNMI_Writer_AddJson(ctx, wirePath, (const char*)json.data, (uint32_t)json.len);
+  }
+  buffer_free(&json);
+  return ok;
 }
 
 static int digits_only(const char* s) {

@@ -24,6 +24,9 @@ int value_from_typed(void* typed, struct value* out);
  * scalar member, JSON and JSON_IETF as JSON text (RFC 7951 quotes 64-bit
  * integers). 1, or 0 when memory runs out. */
 int value_to_typed(void* typed, const struct value* value, int encoding);
+/* Writes an update of wirePath with the value through the notification
+ * writer on ctx, as value_to_typed would make it. 1, or 0 on no memory. */
+int value_write(void* ctx, void* wirePath, const struct value* value, int encoding);
 /* Makes `incoming` of the leaf's kind when the two agree (an integer of
  * either sign in range, a string of digits for an unsigned leaf); 1, or 0
  * when they don't. */
