@@ -568,6 +568,20 @@ TEST(AllocFaultWriter, EveryAllocationFailsInTurnLeavingMessageAndOutput) {
                 });
               }),
               0);
+    // Finish first on a fresh context makes the writer: failing, 0 with the
+    // outputs untouched.
+    EXPECT_GT(FailEachInTurn([&](int64_t k) {
+                const std::unique_ptr<void, void (*)(void*)> ctx(owner.init(), owner.deinit);
+                void* out = ctx.get();
+                int len = -1;
+                allocfault::FailAfter(k);
+                const int result = GNMI_Writer_Finish(ctx.get(), &out, &len);
+                allocfault::Disarm();
+                EXPECT_EQ(result == 0, allocfault::Fired());
+                EXPECT_EQ(out == ctx.get() && len == -1, allocfault::Fired());
+                return allocfault::Fired();
+              }),
+              0);
   }
 }
 
