@@ -23,8 +23,9 @@ constexpr char kCounter[] = "/interfaces/interface[name=eth0]/state/counters/in-
 
 struct Client {
   explicit Client(const std::string& address)
-      : stub(gnmi::gNMI::NewStub(
-            grpc::CreateChannel(address, grpc::InsecureChannelCredentials()))) {}
+      : stub(
+            gnmi::gNMI::NewStub(grpc::CreateChannel(address, grpc::InsecureChannelCredentials()))) {
+  }
 
   std::unique_ptr<grpc::ClientContext> Context() const {
     auto context = std::make_unique<grpc::ClientContext>();
@@ -132,8 +133,8 @@ std::vector<long> MemoryWith(const Client& client, const Side& side, int count, 
     contexts.push_back(client.Context());
     readers.emplace_back([&client, context = contexts.back().get(), interval] {
       std::unique_ptr<Stream> stream = client.stub->Subscribe(context);
-      stream->Write(List("/interfaces/interface[name=eth0]", gnmi::SubscriptionList::STREAM,
-                         interval));
+      stream->Write(
+          List("/interfaces/interface[name=eth0]", gnmi::SubscriptionList::STREAM, interval));
       gnmi::SubscribeResponse response;
       while (stream->Read(&response)) {
       }
@@ -186,7 +187,8 @@ int Drive(const Side& device, const Side& direct, const DriverOptions& options) 
   const struct {
     const char* what;
     uint64_t interval;
-  } loads[] = {{"idle (SAMPLE every 60 s)", 60000000000u}, {"streaming (every 100 ms)", 100000000u}};
+  } loads[] = {{"idle (SAMPLE every 60 s)", 60000000000u},
+               {"streaming (every 100 ms)", 100000000u}};
   for (const auto& load : loads) {
     std::string rss[2];
     for (int s = 0; s < 2; s++) {

@@ -30,8 +30,8 @@ int main(int argc, char** argv) {
       options.polls = std::atoi(argv[6]);
       options.gets = std::atoi(argv[7]);
     }
-    return bench::Drive({"device", argv[2], Pids(argv[3])}, {"direct grpc++", argv[4], Pids(argv[5])},
-                        options);
+    return bench::Drive({"device", argv[2], Pids(argv[3])},
+                        {"direct grpc++", argv[4], Pids(argv[5])}, options);
   }
   std::fprintf(stderr,
                "usage: mgmtmsg-device-bench serve ADDRESS INTERFACES\n"
