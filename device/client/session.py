@@ -15,6 +15,7 @@ from device_client import Client, dialin_pb2, gnmi_pb2, path, subscribe_request
 
 HOSTNAME = "/system/config/hostname"
 COUNTER = "/interfaces/interface[name=eth0]/state/counters/in-octets"
+STATE = "/interfaces/interface[name=eth1]/state"
 
 
 def show(title, message=None):
@@ -84,7 +85,7 @@ def main():
 
     show("Set " + HOSTNAME + ' = "edge-1"', set_hostname(client, "edge-1"))
 
-    get = client.gnmi.Get(gnmi_pb2.GetRequest(path=[path(HOSTNAME), path(COUNTER)],
+    get = client.gnmi.Get(gnmi_pb2.GetRequest(path=[path(HOSTNAME), path(COUNTER), path(STATE)],
                                               encoding=gnmi_pb2.JSON_IETF), metadata=md, timeout=5)
     show("Get")
     for notification in get.notification:

@@ -5,6 +5,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "json_tree.h"
 #include "service.h"
 
 typedef int (*serialize_fn)(void* ctx, void** out, int* outLen);
@@ -68,37 +69,91 @@ static int add_leaf(void* notification, const struct leaf* leaf, int type, int e
   return notify_leaf(notification, leaf, encoding) ? 1 : -1;
 }
 
-/* Fills the response: a notification per path, the leaves at or under it (a
- * leaf's own path is looked up, nothing lies under a leaf). The status. */
+/* The leaves under a container's path as one update of a JSON object. The
+ * status. */
+static uint32_t get_subtree(struct service* svc, void* notification, void* pattern, int type,
+                            int encoding) {
+  const struct leaf** found = malloc((svc->tree.count + 1) * sizeof *found);
+  struct buffer json = {NULL, 0, 0};
+  size_t l, count = 0;
+  int ok = found != NULL;
+  for (l = 0; ok && l < svc->tree.count; l++) {
+    const struct leaf* leaf = &svc->tree.leaves[l];
+    if (!leaf->deleted && of_type(leaf, type) && GNMI_Path_Covers(pattern, leaf->path)) {
+      found[count++] = leaf;
+    }
+  }
+  ok = ok && (count == 0 || json_subtree(found, count, GNMI_Path_PathElemSizeof(pattern),
+                                         encoding == GNMI_ENCODING_JSON_IETF, &json));
+  if (ok && count > 0) {
+    void* update = GNMI_Notification_AppendUpdate(notification);
+    void* value = GNMI_Update_SetVal(update);
+    GNMI_Path_CopyFrom(GNMI_Update_SetPath(update), pattern);
+    if (encoding == GNMI_ENCODING_JSON_IETF) {
+      GNMI_TypedValue_SetJsonIetfVal(value, (const char*)json.data, (uint32_t)json.len);
+    } else {
+      GNMI_TypedValue_SetJsonVal(value, (const char*)json.data, (uint32_t)json.len);
+    }
+  }
+  free((void*)found);
+  buffer_free(&json);
+  return !ok         ? MGMTMSG_STATUS_RESOURCE_EXHAUSTED
+         : count > 0 ? MGMTMSG_STATUS_OK
+                     : MGMTMSG_STATUS_NOT_FOUND;
+}
+
+/* The leaves at or under a path, an update each. The status. */
+static uint32_t get_leaves(struct service* svc, void* notification, void* pattern, int type,
+                           int encoding) {
+  size_t l;
+  int found = 0, added = 0;
+  for (l = 0; added >= 0 && l < svc->tree.count; l++) {
+    found |= added;
+    added = GNMI_Path_Covers(pattern, svc->tree.leaves[l].path)
+                ? add_leaf(notification, &svc->tree.leaves[l], type, encoding)
+                : 0;
+  }
+  return added < 0         ? MGMTMSG_STATUS_RESOURCE_EXHAUSTED
+         : (found | added) ? MGMTMSG_STATUS_OK
+                           : MGMTMSG_STATUS_NOT_FOUND;
+}
+
+/* Fills the response: a notification per path. A leaf's own path gives the
+ * leaf (looked up by its text: nothing lies under a leaf); in JSON, a
+ * container's path without wildcards gives one update of the subtree's
+ * object; any other path, an update per leaf at or under it. The status. */
 static uint32_t get_into(struct service* svc, void* ctx, struct path_store* scratch,
                          const char** why) {
   void* prefix = GNMI_GetRequest_HasPrefix(ctx) ? GNMI_GetRequest_GetPrefix(ctx) : NULL;
   int encoding = GNMI_GetRequest_GetEncoding(ctx), type = GNMI_GetRequest_GetType(ctx);
   uint64_t now = realtime_ns();
   int i, count = GNMI_GetRequest_PathSizeof(ctx);
+  uint32_t status = MGMTMSG_STATUS_OK;
   if (!encoding_served(encoding)) {
     return *why = "encoding not supported", MGMTMSG_STATUS_UNIMPLEMENTED;
   }
   if (count == 0) return *why = "no path", MGMTMSG_STATUS_INVALID_ARGUMENT;
-  for (i = 0; i < count; i++) {
+  for (i = 0; i < count && status == MGMTMSG_STATUS_OK; i++) {
     void* pattern = path_store_join(scratch, prefix, GNMI_GetRequest_GetPath(ctx, i));
     void* notification = GNMI_GetResponse_AppendNotification(ctx);
     char* text = path_text(pattern);
     struct leaf* exact = text != NULL ? tree_find(&svc->tree, text) : NULL;
-    int found = 0, added = exact != NULL ? add_leaf(notification, exact, type, encoding) : 0;
-    size_t l;
+    int wildcard = text == NULL || strchr(text, '*') != NULL || strstr(text, "...") != NULL;
     free(text);
     GNMI_Notification_SetTimestamp(notification, (int64_t)now);
-    for (l = 0; exact == NULL && added >= 0 && l < svc->tree.count; l++) {
-      found |= added;
-      added = GNMI_Path_Covers(pattern, svc->tree.leaves[l].path)
-                  ? add_leaf(notification, &svc->tree.leaves[l], type, encoding)
-                  : 0;
+    if (exact != NULL) {
+      int added = add_leaf(notification, exact, type, encoding);
+      status = added < 0   ? MGMTMSG_STATUS_RESOURCE_EXHAUSTED
+               : added > 0 ? MGMTMSG_STATUS_OK
+                           : MGMTMSG_STATUS_NOT_FOUND;
+    } else if (encoding != GNMI_ENCODING_PROTO && !wildcard) {
+      status = get_subtree(svc, notification, pattern, type, encoding);
+    } else {
+      status = get_leaves(svc, notification, pattern, type, encoding);
     }
-    if (added < 0) return *why = "out of memory", MGMTMSG_STATUS_RESOURCE_EXHAUSTED;
-    if (!(found | added)) return *why = "no data at a path", MGMTMSG_STATUS_NOT_FOUND;
   }
-  return MGMTMSG_STATUS_OK;
+  *why = status == MGMTMSG_STATUS_NOT_FOUND ? "no data at a path" : "out of memory";
+  return status;
 }
 
 void answer_get(struct service* svc, struct call* call, const void* data, uint32_t len) {

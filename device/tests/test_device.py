@@ -67,11 +67,19 @@ INTEROP = [
      lambda r: leaves(r) == {HOSTNAME: b'"t1"'}),
     ("get leaf PROTO", "gnmi.Get", get([ETH1 + "/config/mtu"], gnmi_pb2.PROTO), CODE.OK,
      lambda r: leaves(r) == {ETH1 + "/config/mtu": 1500}),
-    ("get subtree", "gnmi.Get", get([ETH1]), CODE.OK, lambda r: len(leaves(r)) == 8),
-    ("get CONFIG", "gnmi.Get", get([ETH1], type=gnmi_pb2.GetRequest.CONFIG), CODE.OK,
-     lambda r: len(leaves(r)) == 3 and all("/config/" in p for p in leaves(r))),
-    ("get STATE", "gnmi.Get", get([ETH1], type=gnmi_pb2.GetRequest.STATE), CODE.OK,
-     lambda r: len(leaves(r)) == 5 and all("/state/" in p for p in leaves(r))),
+    ("get subtree PROTO", "gnmi.Get", get([ETH1], gnmi_pb2.PROTO), CODE.OK,
+     lambda r: len(leaves(r)) == 8),
+    ("get subtree JSON_IETF", "gnmi.Get", get([ETH1]), CODE.OK,
+     lambda r: (lambda o: o["config"] == {"description": "port eth1", "mtu": "1500", "enabled": True}
+                and set(o["state"]["counters"]) == {"in-octets", "out-octets", "in-pkts", "out-pkts"}
+                )(json.loads(leaves(r)[ETH1]))),
+    ("get list JSON", "gnmi.Get", get(["/interfaces"], gnmi_pb2.JSON), CODE.OK,
+     lambda r: [(e["name"], e["config"]["mtu"]) for e in json.loads(
+         leaves(r)["/interfaces"])["interface"]] == [("eth0", 1500), ("eth1", 1500)]),
+    ("get CONFIG", "gnmi.Get", get([ETH1], gnmi_pb2.PROTO, type=gnmi_pb2.GetRequest.CONFIG),
+     CODE.OK, lambda r: len(leaves(r)) == 3 and all("/config/" in p for p in leaves(r))),
+    ("get STATE", "gnmi.Get", get([ETH1], gnmi_pb2.PROTO, type=gnmi_pb2.GetRequest.STATE),
+     CODE.OK, lambda r: len(leaves(r)) == 5 and all("/state/" in p for p in leaves(r))),
     ("get with prefix", "gnmi.Get", gnmi_pb2.GetRequest(
         prefix=path("/system"), path=[path("config/hostname")], encoding=gnmi_pb2.JSON), CODE.OK,
      lambda r: list(leaves(r).values()) == [b'"t1"']),
