@@ -13,16 +13,19 @@
 #define FRAME_MAX 52428800u
 #define OWNER_ID 0x534du /* "SM", for the memory manager's counts */
 
+/* The methods served; an empty first request is a CapabilityRequest's
+ * encoding, and no request of the others. */
 static const struct {
   const char* method;
-  enum call_kind kind;
+  void (*open)(struct service* svc, struct call* call, const void* data, uint32_t len);
+  int empty_ok;
 } kMethods[] = {
-    {"/gnmi.gNMI/Capabilities", CALL_CAPABILITIES},
-    {"/gnmi.gNMI/Get", CALL_GET},
-    {"/gnmi.gNMI/Set", CALL_SET},
-    {"/gnmi.gNMI/Subscribe", CALL_SUBSCRIBE},
-    {"/quorix_dialin.gRPCConfigOper/Subscribe", CALL_DIALIN_SUBSCRIBE},
-    {"/quorix_dialin.gRPCConfigOper/Cancel", CALL_DIALIN_CANCEL},
+    {"/gnmi.gNMI/Capabilities", answer_capabilities, 1},
+    {"/gnmi.gNMI/Get", answer_get, 0},
+    {"/gnmi.gNMI/Set", answer_set, 0},
+    {"/gnmi.gNMI/Subscribe", stream_open, 0},
+    {"/quorix_dialin.gRPCConfigOper/Subscribe", dialin_open, 0},
+    {"/quorix_dialin.gRPCConfigOper/Cancel", dialin_cancel, 0},
 };
 
 static struct call* find_call(struct service* svc, uint32_t rpcId) {
@@ -133,35 +136,13 @@ static void open_call(struct service* svc, void* msg) {
     call_end(svc, call, MGMTMSG_STATUS_UNIMPLEMENTED, "method not served");
     return;
   }
-  call->kind = kMethods[i].kind;
   if (login == NULL || !users_check(&svc->users, GRPCI_LoginAuthGetUserName(login),
                                     GRPCI_LoginAuthGetPassword(login))) {
     call_end(svc, call, MGMTMSG_STATUS_UNAUTHENTICATED, "bad username or password");
-    return;
-  }
-  if (len == 0 && call->kind != CALL_CAPABILITIES) {
+  } else if (len == 0 && !kMethods[i].empty_ok) {
     call_end(svc, call, MGMTMSG_STATUS_INVALID_ARGUMENT, "no request message");
-    return;
-  }
-  switch (call->kind) {
-    case CALL_CAPABILITIES:
-      answer_capabilities(svc, call);
-      break;
-    case CALL_GET:
-      answer_get(svc, call, data, len);
-      break;
-    case CALL_SET:
-      answer_set(svc, call, data, len);
-      break;
-    case CALL_SUBSCRIBE:
-      stream_open(svc, call, data, len);
-      break;
-    case CALL_DIALIN_SUBSCRIBE:
-      dialin_open(svc, call, data, len);
-      break;
-    case CALL_DIALIN_CANCEL:
-      dialin_cancel(svc, call, data, len);
-      break;
+  } else {
+    kMethods[i].open(svc, call, data, len);
   }
 }
 

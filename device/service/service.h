@@ -14,21 +14,11 @@
 struct stream; /* a gNMI Subscribe (subscribe.c) */
 struct dialin; /* a dial-in Subscribe (dialin.c) */
 
-enum call_kind {
-  CALL_CAPABILITIES,
-  CALL_GET,
-  CALL_SET,
-  CALL_SUBSCRIBE,
-  CALL_DIALIN_SUBSCRIBE,
-  CALL_DIALIN_CANCEL
-};
-
 /* A call the front end opened and the module has not ended. */
 struct call {
   uint32_t connect_id;
   uint32_t rpc_id;
   uint32_t trans_num; /* messages sent on the call */
-  enum call_kind kind;
   struct stream* stream;
   struct dialin* dialin;
 };
@@ -65,7 +55,7 @@ uint64_t calls_run(struct service* svc, uint64_t now);
 void calls_changed(struct service* svc);
 
 /* unary.c: the one-reply methods; each ends its call. */
-void answer_capabilities(struct service* svc, struct call* call);
+void answer_capabilities(struct service* svc, struct call* call, const void* data, uint32_t len);
 void answer_get(struct service* svc, struct call* call, const void* data, uint32_t len);
 void answer_set(struct service* svc, struct call* call, const void* data, uint32_t len);
 /* Whether the module answers in this Encoding (JSON, JSON_IETF, PROTO). */

@@ -29,8 +29,13 @@ static void add_model(void* ctx, const char* name, const char* version) {
   GNMI_ModelData_SetVersion(model, version, (uint32_t)strlen(version));
 }
 
-void answer_capabilities(struct service* svc, struct call* call) {
+void answer_capabilities(struct service* svc, struct call* call, const void* data, uint32_t len) {
   void* ctx = GNMI_Capability_Init();
+  if (ctx != NULL && !GNMI_CapabilityRequest_Parse(ctx, data, (int)len)) {
+    call_end(svc, call, MGMTMSG_STATUS_INVALID_ARGUMENT, "CapabilityRequest not parsed");
+    GNMI_Capability_DeInit(ctx);
+    return;
+  }
   if (ctx == NULL) {
     call_end(svc, call, MGMTMSG_STATUS_RESOURCE_EXHAUSTED, "out of memory");
     return;
