@@ -102,6 +102,6 @@ static int by_text(const void* a, const void* b) {
 
 int json_subtree(const struct leaf** leaves, size_t count, int depth, int ietf,
                  struct buffer* out) {
-  qsort((void*)leaves, count, sizeof *leaves, by_text);
+  qsort((void*)leaves, count, sizeof(const struct leaf*), by_text);
   return append_text(out, "{") && members(leaves, count, depth, ietf, out) && append_text(out, "}");
 }

@@ -78,7 +78,7 @@ static int add_leaf(void* notification, const struct leaf* leaf, int type, int e
  * status. */
 static uint32_t get_subtree(struct service* svc, void* notification, void* pattern, int type,
                             int encoding) {
-  const struct leaf** found = malloc((svc->tree.count + 1) * sizeof *found);
+  const struct leaf** found = malloc((svc->tree.count + 1) * sizeof(const struct leaf*));
   struct buffer json = {NULL, 0, 0};
   size_t l, count = 0;
   int ok = found != NULL;
