@@ -92,8 +92,9 @@ static int emit(struct service* svc, struct call* call, int snapshot) {
     struct leaf* leaf = &svc->tree.leaves[l];
     int verdict = pick(stream, leaf, l);
     if (verdict != 0) ok = tree_wire_path(leaf) != NULL;
-    if (ok && verdict > 0)
+    if (ok && verdict > 0) {
       ok = value_write(stream->ctx, leaf->wire, &leaf->value, stream->encoding);
+    }
     if (ok && verdict < 0) ok = buffer_append(&deletes, &l, sizeof l);
     picked |= verdict;
   }
