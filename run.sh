@@ -247,11 +247,13 @@ build_device() {
 device_stubs() {
   local out=build/device/py
   mkdir -p "$out/proto"
-  cp proto/gnmi_ext.proto proto/quorix-grpc-dialin.proto proto/quorix-grpc-ipc.proto "$out/proto/"
+  cp proto/gnmi_ext.proto proto/quorix-grpc-dialin.proto proto/quorix-grpc-ipc.proto \
+    proto/quorix-grpc-dialout.proto proto/dialout.proto "$out/proto/"
   sed 's|^import "github.com/.*/gnmi_ext.proto";|import "gnmi_ext.proto";|' proto/gnmi.proto \
     >"$out/proto/gnmi.proto"
   (cd "$out/proto" && /usr/bin/python3 -m grpc_tools.protoc -I. --python_out=.. \
-    --grpc_python_out=.. gnmi.proto gnmi_ext.proto quorix-grpc-dialin.proto quorix-grpc-ipc.proto)
+    --grpc_python_out=.. gnmi.proto gnmi_ext.proto quorix-grpc-dialin.proto quorix-grpc-ipc.proto \
+    quorix-grpc-dialout.proto dialout.proto)
 }
 
 # Starts both programs in the background (GNMI_PORT, DEVICE_SOUTH); their

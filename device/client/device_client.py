@@ -3,11 +3,13 @@
 Needs the Python stubs generated from proto/ on sys.path (run.sh puts them in
 build/device/py) and the device build in DEVICE_BUILD (default build/device).
 """
+import json
 import os
 import re
 import signal
 import socket
 import subprocess
+import sys
 import time
 
 import grpc
@@ -116,6 +118,35 @@ class Device:
         return self.stop_service(), self.stop_frontend()
 
 
+class Collector:
+    """device/collector/collector.py as a process, its messages recorded as
+    JSON lines in a file of the work folder."""
+
+    def __init__(self, workdir, name, port=None, *args):
+        self.port = port or free_port()
+        self.record = os.path.join(workdir, f"{name}.jsonl")
+        here = os.path.dirname(os.path.abspath(__file__))
+        self.command = [sys.executable, os.path.join(here, "..", "collector", "collector.py"),
+                        "--listen", f"127.0.0.1:{self.port}", "--record", self.record, *args]
+        self.proc = None
+
+    def start(self):
+        self.proc = subprocess.Popen(self.command, stdout=subprocess.PIPE, text=True)
+        line = self.proc.stdout.readline()
+        if not line.startswith("collector listening"):
+            raise RuntimeError(f"collector did not start: {line!r}")
+        return self
+
+    def stop(self, sig=signal.SIGTERM):
+        return Device._stop(self.proc, sig)
+
+    def messages(self):
+        if not os.path.exists(self.record):
+            return []
+        with open(self.record) as f:
+            return [json.loads(line) for line in f if line.endswith("\n")]
+
+
 class Client:
     """Stubs over one insecure loopback channel, credentials in metadata."""
 
@@ -142,4 +173,4 @@ def subscribe_request(paths, list_mode, encoding=gnmi_pb2.JSON_IETF, **kwargs):
         subscription=subs, mode=list_mode, encoding=encoding))
 
 
-__all__ = ["Client", "Device", "dialin_pb2", "gnmi_pb2", "path", "subscribe_request", "wait_for"]
+__all__ = ["Client", "Collector", "Device", "dialin_pb2", "gnmi_pb2", "path", "subscribe_request", "wait_for"]

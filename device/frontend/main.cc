@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "dial_out.h"
 #include "options.h"
 #include "relay.h"
 
@@ -55,12 +56,26 @@ int main(int argc, char** argv) {
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
   frontend::CallTable table({options.host, options.port, options.max_queued});
+  frontend::DialOutSettings dial_out_settings;
+  if (!options.dial_out_ca.empty()) {
+    dial_out_settings.ca_pem = ReadFile(options.dial_out_ca);
+  }
+  frontend::DialOut dial_out(dial_out_settings);
   frontend::SouthChannel south(
-      options.south, [&table](const frontend::SouthEvent& event) { table.OnEvent(event); },
-      [&table] {
+      options.south,
+      [&table, &dial_out](const frontend::SouthEvent& event) {
+        if (frontend::ForClientCall(event)) {
+          dial_out.OnEvent(event);
+        } else {
+          table.OnEvent(event);
+        }
+      },
+      [&table, &dial_out] {
         table.EndAll(grpc::Status(grpc::StatusCode::UNAVAILABLE, "service module gone"));
+        dial_out.EndAll();
       });
   table.Attach(&south);
+  dial_out.Attach(&south);
   std::string error;
   if (!south.Start(&error)) {
     std::fprintf(stderr, "mgmtmsg-frontend: south channel: %s\n", error.c_str());
@@ -84,7 +99,7 @@ int main(int argc, char** argv) {
 
   int sig = 0;
   while (sigwait(&signals, &sig) == 0 && sig == SIGUSR1) {
-    std::fprintf(stderr, "live calls: %zu\n", table.Live());
+    std::fprintf(stderr, "live calls: %zu, dial-out calls: %zu\n", table.Live(), dial_out.Live());
   }
   std::fprintf(stderr, "mgmtmsg-frontend: stopping\n");
   server->Shutdown(std::chrono::system_clock::now() + std::chrono::seconds(1));

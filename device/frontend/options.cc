@@ -11,7 +11,8 @@ const char kUsage[] =
     "usage: mgmtmsg-frontend [options]\n"
     "Serves gNMI (Capabilities, Get, Set, Subscribe) and dial-in telemetry\n"
     "(gRPCConfigOper Subscribe, Cancel) over gRPC, relaying every call to the\n"
-    "service module over the south channel.\n"
+    "service module over the south channel, and makes the dial-out calls to\n"
+    "collectors that the service module asks for.\n"
     "  --listen HOST:PORT  address to serve (default 127.0.0.1:9339; the port\n"
     "                      comes from GNMI_PORT when set)\n"
     "  --south PATH        south channel socket (default /tmp/mgmtmsg-south.sock)\n"
@@ -20,6 +21,9 @@ const char kUsage[] =
     "  --insecure          allow plaintext on an address that is not loopback\n"
     "  --max-queue N       replies queued per call before it ends\n"
     "                      RESOURCE_EXHAUSTED (default 256)\n"
+    "  --dial-out-ca FILE  CA certificates (PEM) that collectors' certificates\n"
+    "                      are checked against on dial-out calls over TLS\n"
+    "                      (default: the system's)\n"
     "  --help              this text\n"
     "Credentials come from the call metadata username/password.\n"
     "SIGUSR1 prints the number of live calls on stderr.\n";
@@ -84,6 +88,8 @@ int ParseOptions(int argc, char** argv, Options* options) {
       options->tls_cert = value;
     } else if (arg == "--tls-key") {
       options->tls_key = value;
+    } else if (arg == "--dial-out-ca") {
+      options->dial_out_ca = value;
     } else if (arg == "--max-queue") {
       options->max_queued = std::strtoul(value, nullptr, 10);
       if (options->max_queued == 0) {

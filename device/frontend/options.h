@@ -14,6 +14,7 @@ struct Options {
   std::string south = "/tmp/mgmtmsg-south.sock";
   std::string tls_cert;
   std::string tls_key;
+  std::string dial_out_ca;
   bool insecure = false;
   size_t max_queued = 256;
 };

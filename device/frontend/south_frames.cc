@@ -76,6 +76,40 @@ std::string RpcDataBytes(void* record) {
   return std::string(data, len);
 }
 
+// A message carrying bytes of a call in its RpcData.
+std::string RecordFrame(const CallId& id, int32_t req, int32_t op, const std::string& data,
+                        bool is_over) {
+  Message msg = NewMessage(id, req, op, GRPCI_MSGTYPE_RPC_DATA);
+  if (!msg) {
+    return {};
+  }
+  void* record = GRPCI_SouthMsgSetRpcData(msg.get());
+  GRPCI_RpcDataSetData(record, data.data(), data.size());
+  GRPCI_RpcDataSetIsOver(record, is_over ? 1 : 0);
+  return Frame(msg);
+}
+
+// A message carrying a status code and its text.
+std::string ResultFrame(const CallId& id, int32_t req, int32_t op, int32_t type, uint32_t code,
+                        const std::string& why) {
+  Message msg = NewMessage(id, req, op, type);
+  if (!msg) {
+    return {};
+  }
+  GRPCI_SouthMsgSetResult(msg.get(), code);
+  GRPCI_SouthMsgSetResultDesc(msg.get(), why.data(), why.size());
+  return Frame(msg);
+}
+
+ClientOpen ClientOpenOf(void* rpc) {
+  ClientOpen open;
+  open.method = GRPCI_ClientRpcGetRpcName(rpc);
+  open.peer_address = GRPCI_ClientRpcGetPeerAddr(rpc);
+  open.peer_port = GRPCI_ClientRpcGetPeerPort(rpc);
+  open.no_tls = GRPCI_ClientRpcGetNoTls(rpc) != 0;
+  return open;
+}
+
 }  // namespace
 
 std::string OpenFrame(const CallId& id, const CallOpen& open) {
@@ -100,25 +134,30 @@ std::string OpenFrame(const CallId& id, const CallOpen& open) {
 }
 
 std::string DataFrame(const CallId& id, const std::string& data, bool is_over) {
-  Message msg = NewMessage(id, GRPCI_REQTYPE_REQUEST, GRPCI_OPTYPE_MODIFY, GRPCI_MSGTYPE_RPC_DATA);
-  if (!msg) {
-    return {};
-  }
-  void* record = GRPCI_SouthMsgSetRpcData(msg.get());
-  GRPCI_RpcDataSetData(record, data.data(), data.size());
-  GRPCI_RpcDataSetIsOver(record, is_over ? 1 : 0);
-  return Frame(msg);
+  return RecordFrame(id, GRPCI_REQTYPE_REQUEST, GRPCI_OPTYPE_MODIFY, data, is_over);
 }
 
 std::string CancelFrame(const CallId& id, uint32_t code, const std::string& why) {
-  Message msg =
-      NewMessage(id, GRPCI_REQTYPE_REQUEST, GRPCI_OPTYPE_DELETE, GRPCI_MSGTYPE_SERVER_RPC);
-  if (!msg) {
-    return {};
+  return ResultFrame(id, GRPCI_REQTYPE_REQUEST, GRPCI_OPTYPE_DELETE, GRPCI_MSGTYPE_SERVER_RPC, code,
+                     why);
+}
+
+std::string ClientFrame(const CallId& id, ClientNotice notice, uint32_t code,
+                        const std::string& text) {
+  switch (notice) {
+    case ClientNotice::kOpened:
+      return ResultFrame(id, GRPCI_REQTYPE_RESPONSE, GRPCI_OPTYPE_CREATE, GRPCI_MSGTYPE_CLIENT_RPC,
+                         code, text);
+    case ClientNotice::kWritten:
+      return ResultFrame(id, GRPCI_REQTYPE_RESPONSE, GRPCI_OPTYPE_MODIFY, GRPCI_MSGTYPE_RPC_DATA,
+                         code, text);
+    case ClientNotice::kReceived:
+      return RecordFrame(id, GRPCI_REQTYPE_RESPONSE, GRPCI_OPTYPE_NOTIFY, text, false);
+    case ClientNotice::kLost:
+      return ResultFrame(id, GRPCI_REQTYPE_RESPONSE, GRPCI_OPTYPE_DELETE, GRPCI_MSGTYPE_CLIENT_RPC,
+                         code, text);
   }
-  GRPCI_SouthMsgSetResult(msg.get(), code);
-  GRPCI_SouthMsgSetResultDesc(msg.get(), why.data(), why.size());
-  return Frame(msg);
+  return {};
 }
 
 bool ReadEvent(const std::string& message, SouthEvent* event) {
@@ -128,20 +167,35 @@ bool ReadEvent(const std::string& message, SouthEvent* event) {
     return false;
   }
   *event = SouthEvent();
+  event->connect_id = GRPCI_SouthMsgGetConnectId(msg.get());
   event->rpc_id = GRPCI_SouthMsgGetRpcId(msg.get());
-  const bool response = GRPCI_SouthMsgGetReqType(msg.get()) == GRPCI_REQTYPE_RESPONSE;
+  event->trans_num = GRPCI_SouthMsgGetTransNum(msg.get());
+  const int32_t req = GRPCI_SouthMsgGetReqType(msg.get());
   const int32_t op = GRPCI_SouthMsgGetOpType(msg.get());
   const int32_t type = GRPCI_SouthMsgGetMsgType(msg.get());
   void* record = GRPCI_SouthMsgGetRpcData(msg.get());
-  if (response && op == GRPCI_OPTYPE_NOTIFY && type == GRPCI_MSGTYPE_RPC_DATA &&
-      record != nullptr) {
+  void* client = GRPCI_SouthMsgGetClientRpc(msg.get());
+  const bool data = type == GRPCI_MSGTYPE_RPC_DATA && record != nullptr;
+  if (req == GRPCI_REQTYPE_RESPONSE && op == GRPCI_OPTYPE_NOTIFY && data) {
     event->kind = SouthEvent::kReply;
-    event->data = RpcDataBytes(record);
     event->is_over = GRPCI_RpcDataGetIsOver(record) != 0;
-  } else if (response && op == GRPCI_OPTYPE_DELETE && type == GRPCI_MSGTYPE_SERVER_RPC) {
+  } else if (req == GRPCI_REQTYPE_RESPONSE && op == GRPCI_OPTYPE_DELETE &&
+             type == GRPCI_MSGTYPE_SERVER_RPC) {
     event->kind = SouthEvent::kEnd;
     event->result = GRPCI_SouthMsgGetResult(msg.get());
     event->description = GRPCI_SouthMsgGetResultDesc(msg.get());
+  } else if (req == GRPCI_REQTYPE_REQUEST && op == GRPCI_OPTYPE_CREATE &&
+             type == GRPCI_MSGTYPE_CLIENT_RPC && client != nullptr) {
+    event->kind = SouthEvent::kClientOpen;
+    event->open = ClientOpenOf(client);
+  } else if (req == GRPCI_REQTYPE_REQUEST && op == GRPCI_OPTYPE_MODIFY && data) {
+    event->kind = SouthEvent::kClientData;
+  } else if (req == GRPCI_REQTYPE_REQUEST && op == GRPCI_OPTYPE_DELETE &&
+             type == GRPCI_MSGTYPE_CLIENT_RPC) {
+    event->kind = SouthEvent::kClientClose;
+  }
+  if (data) {
+    event->data = RpcDataBytes(record);
   }
   return true;
 }

@@ -53,22 +53,27 @@ static void remove_call(struct service* svc, struct call* call) {
   free_call(call);
 }
 
-/* A message of the call with its identity and kind; NULL on no memory. */
-static void* new_message(struct call* call, int32_t op, int32_t type) {
+void* south_message(uint32_t connectId, uint32_t rpcId, uint32_t transNum, int32_t req, int32_t op,
+                    int32_t type) {
   void* msg = GRPCI_SouthMsgInit();
   if (msg != NULL) {
-    GRPCI_SouthMsgSetConnectId(msg, call->connect_id);
-    GRPCI_SouthMsgSetRpcId(msg, call->rpc_id);
-    GRPCI_SouthMsgSetTransNum(msg, ++call->trans_num);
-    GRPCI_SouthMsgSetReqType(msg, GRPCI_REQTYPE_RESPONSE);
+    GRPCI_SouthMsgSetConnectId(msg, connectId);
+    GRPCI_SouthMsgSetRpcId(msg, rpcId);
+    GRPCI_SouthMsgSetTransNum(msg, transNum);
+    GRPCI_SouthMsgSetReqType(msg, req);
     GRPCI_SouthMsgSetOpType(msg, op);
     GRPCI_SouthMsgSetMsgType(msg, type);
   }
   return msg;
 }
 
-/* Frames the message onto the output and frees it; 1, or 0 on no memory. */
-static int send_message(struct service* svc, void* msg) {
+/* A response on the call; NULL on no memory. */
+static void* new_message(struct call* call, int32_t op, int32_t type) {
+  return south_message(call->connect_id, call->rpc_id, ++call->trans_num, GRPCI_REQTYPE_RESPONSE,
+                       op, type);
+}
+
+int south_send(struct service* svc, void* msg) {
   void* block = NULL;
   uint32_t len = 0;
   int ok = msg != NULL && GRPCI_SouthMsgSerialize(OWNER_ID, msg, &block, &len);
@@ -85,7 +90,7 @@ void call_end(struct service* svc, struct call* call, uint32_t status, const cha
     GRPCI_SouthMsgSetResult(msg, status);
     GRPCI_SouthMsgSetResultDesc(msg, message, (uint32_t)strlen(message));
   }
-  if (!send_message(svc, msg)) {
+  if (!south_send(svc, msg)) {
     fprintf(stderr, "service: call %u: no memory for its end\n", call->rpc_id);
   }
   remove_call(svc, call);
@@ -98,7 +103,7 @@ int call_reply(struct service* svc, struct call* call, const void* data, uint32_
     GRPCI_RpcDataSetData(record, data, len);
     GRPCI_RpcDataSetIsOver(record, isOver);
   }
-  if (send_message(svc, msg)) return 1;
+  if (south_send(svc, msg)) return 1;
   call_end(svc, call, MGMTMSG_STATUS_RESOURCE_EXHAUSTED, "service module out of memory");
   return 0;
 }
@@ -150,8 +155,10 @@ static void open_call(struct service* svc, void* msg) {
 static void dispatch(struct service* svc, void* msg) {
   int32_t op = GRPCI_SouthMsgGetOpType(msg), type = GRPCI_SouthMsgGetMsgType(msg);
   struct call* call = find_call(svc, GRPCI_SouthMsgGetRpcId(msg));
-  if (GRPCI_SouthMsgGetReqType(msg) != GRPCI_REQTYPE_REQUEST) {
-    fprintf(stderr, "service: a message that is no request, dropped\n");
+  if (GRPCI_SouthMsgGetReqType(msg) == GRPCI_REQTYPE_RESPONSE) {
+    dialout_receive(svc, msg); /* the module's own calls are the client calls */
+  } else if (GRPCI_SouthMsgGetReqType(msg) != GRPCI_REQTYPE_REQUEST) {
+    fprintf(stderr, "service: a message that is neither request nor response, dropped\n");
   } else if (op == GRPCI_OPTYPE_CREATE && type == GRPCI_MSGTYPE_SERVER_RPC &&
              GRPCI_SouthMsgHasServerRpc(msg)) {
     open_call(svc, msg);

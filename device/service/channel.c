@@ -68,5 +68,6 @@ void channel_close(struct service* svc) {
   svc->fd = -1;
   svc->in.len = svc->out.len = 0;
   calls_drop(svc);
+  dialout_lost_channel(&svc->dialout);
   fprintf(stderr, "service: disconnected; every call freed\n");
 }

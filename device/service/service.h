@@ -8,6 +8,7 @@
 
 #include "buffer.h"
 #include "clock.h"
+#include "dialout.h"
 #include "tree.h"
 #include "users.h"
 
@@ -36,9 +37,15 @@ struct service {
   uint64_t next_tick;      /* monotonic ns */
   uint32_t next_dialin_id; /* the last subscription id given */
   void* scratch;           /* a Subscribe context for a stream's further messages */
+  struct dialout dialout;
 };
 
-/* calls.c: what the channel receives. Takes the bytes received so far and
+/* calls.c: a SouthMsg with its identity and kind; NULL on no memory. */
+void* south_message(uint32_t connectId, uint32_t rpcId, uint32_t transNum, int32_t req, int32_t op,
+                    int32_t type);
+/* Frames the message onto the output and frees it; 1, or 0 on no memory. */
+int south_send(struct service* svc, void* msg);
+/* What the channel receives. Takes the bytes received so far and
  * acts on every whole frame, consuming them. 0 when the connection must be
  * dropped (a frame too long or no SouthMsg), 1 otherwise. */
 int service_receive(struct service* svc);
