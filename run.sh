@@ -256,14 +256,25 @@ device_stubs() {
     quorix-grpc-dialout.proto dialout.proto)
 }
 
-# Starts both programs in the background (GNMI_PORT, DEVICE_SOUTH); their
-# pids in device_pids.
+# Starts both programs in the background (GNMI_PORT, DEVICE_SOUTH, and the
+# dial-out settings GNMI_DIAL_OUT, GNMI_DIAL_OUT_SERVICE,
+# GNMI_DIAL_OUT_INTERVAL_MS, GNMI_DIAL_OUT_PATHS, GNMI_DIAL_OUT_CA: collectors
+# over TLS checked against this CA file); their pids in device_pids.
 device_pids=()
 start_device() {
-  local south=${DEVICE_SOUTH:-$PWD/build/device/south.sock}
-  build/device/frontend/mgmtmsg-frontend --south "$south" &
+  local south=${DEVICE_SOUTH:-$PWD/build/device/south.sock} frontend=() service=()
+  if [[ -n ${GNMI_DIAL_OUT:-} ]]; then
+    service=(--dial-out "$GNMI_DIAL_OUT" --dial-out-service "${GNMI_DIAL_OUT_SERVICE:-dataPublish}"
+      --dial-out-interval-ms "${GNMI_DIAL_OUT_INTERVAL_MS:-1000}")
+    if [[ -n ${GNMI_DIAL_OUT_PATHS:-} ]]; then service+=(--dial-out-paths "$GNMI_DIAL_OUT_PATHS"); fi
+    if [[ -n ${GNMI_DIAL_OUT_CA:-} ]]; then
+      frontend=(--dial-out-ca "$GNMI_DIAL_OUT_CA")
+      service+=(--dial-out-tls 1)
+    fi
+  fi
+  build/device/frontend/mgmtmsg-frontend --south "$south" "${frontend[@]}" &
   device_pids+=($!)
-  build/device/service/mgmtmsg-service --south "$south" &
+  build/device/service/mgmtmsg-service --south "$south" "${service[@]}" &
   device_pids+=($!)
 }
 stop_device() {
@@ -314,9 +325,17 @@ case "${1:-}" in
     device_stubs
     trap stop_device EXIT
     trap 'exit 130' INT TERM
-    start_device
+    # A collector for the device's dial-out: what it received is shown last.
+    collected=build/device/collector.log
+    PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python PYTHONDONTWRITEBYTECODE=1 \
+      /usr/bin/python3 device/collector/collector.py --listen 127.0.0.1:57500 >"$collected" &
+    device_pids+=($!)
+    GNMI_DIAL_OUT=127.0.0.1:57500 GNMI_DIAL_OUT_INTERVAL_MS=500 start_device
     PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python PYTHONDONTWRITEBYTECODE=1 \
       /usr/bin/python3 device/client/session.py
+    echo "== dial-out: what the collector on 127.0.0.1:57500 received (every 500 ms)"
+    head -n 15 "$collected"
+    echo "   ... $(grep -c ReqId "$collected") messages in all"
     ;;
   device)
     build_device

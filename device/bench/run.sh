@@ -37,6 +37,35 @@ done
 
 table=$("$build/bench/mgmtmsg-device-bench" drive "127.0.0.1:$device_port" "$frontend,$service" \
   "127.0.0.1:$direct_port" "$direct" "$@")
+kill "${pids[@]}"
+wait 2>/dev/null || true
+
+# Dial-out: the counters of 100 interfaces pushed to one collector as fast as
+# it takes them, by the device (service module + channel + front end) and by
+# the in-process grpc++ client; the collector counts DIAL_OUT_SECONDS.
+seconds=${DIAL_OUT_SECONDS:-5}
+collect() {
+  "$build/bench/mgmtmsg-device-bench" collect "127.0.0.1:$1" "$seconds" >"$tmp/collect.out" &
+  pids=($!)
+  for _ in $(seq 50); do grep -q listening "$tmp/collect.out" && break; sleep 0.1; done
+}
+collect "$device_port"
+"$build/frontend/mgmtmsg-frontend" --listen "127.0.0.1:$direct_port" --south "$tmp/south2.sock" \
+  >/dev/null 2>"$tmp/frontend2.log" &
+pids+=($!)
+"$build/service/mgmtmsg-service" --south "$tmp/south2.sock" --interfaces 100 \
+  --dial-out "127.0.0.1:$device_port" --dial-out-interval-ms 0 2>"$tmp/service2.log" &
+pids+=($!)
+wait "${pids[0]}"
+device_rate=$(awk '/updates_per_s/ {print $2}' "$tmp/collect.out")
+kill "${pids[@]:1}"
+wait 2>/dev/null || true
+collect "$device_port"
+"$build/bench/mgmtmsg-device-bench" push "127.0.0.1:$device_port" 100 $((seconds + 3))
+wait "${pids[0]}"
+direct_rate=$(awk '/updates_per_s/ {print $2}' "$tmp/collect.out")
+table+=$'\n'"| Dial-out to one collector, 400 updates a message, updates/s | $device_rate | $direct_rate | \
+$(awk -v a="$device_rate" -v b="$direct_rate" 'BEGIN { printf "%.2fx", a / b }') |"
 echo "$table"
 section="<!-- device bench: made by device/bench/run.sh on $(date -u +%Y-%m-%d), $(nproc) cores -->
 $table"
