@@ -227,7 +227,7 @@ stage_bench() {
 
 # ---- Reference device (device/): a consumer of the installed library ----
 device_packages=(libgrpc++-dev protobuf-compiler-grpc python3-grpcio python3-grpc-tools
-  python3-protobuf)
+  python3-protobuf openssl)
 
 # Builds the library, installs it to build/stage and builds device/ against
 # that install in build/device.

@@ -21,10 +21,9 @@ class Collector final : public quorix_dialout::gRPCDataservice::Service {
  public:
   explicit Collector(int seconds) : seconds_(seconds) {}
 
-  grpc::Status dataPublish(
-      grpc::ServerContext*,
-      grpc::ServerReaderWriter<quorix_dialout::serviceArgs, quorix_dialout::serviceArgs>* stream)
-      override {
+  grpc::Status dataPublish(grpc::ServerContext*,
+                           grpc::ServerReaderWriter<quorix_dialout::serviceArgs,
+                                                    quorix_dialout::serviceArgs>* stream) override {
     quorix_dialout::serviceArgs args;
     while (stream->Read(&args) && Count(args)) {
     }

@@ -84,12 +84,13 @@ class Device:
         with open(self.log) as f:
             return f.read()
 
-    def live_calls(self):
-        """The front end's live-call count (its SIGUSR1 line)."""
+    def live_calls(self, kind="live calls"):
+        """A count of the front end's SIGUSR1 line: "live calls" (served) or
+        "dial-out calls"."""
         before = self.frontend_log().count("live calls:")
         self.frontend.send_signal(signal.SIGUSR1)
         wait_for(lambda: self.frontend_log().count("live calls:") > before, 2)
-        return int(re.findall(r"live calls: (\d+)", self.frontend_log())[-1])
+        return int(re.findall(kind + r": (\d+)", self.frontend_log())[-1])
 
     @staticmethod
     def _stop(proc, sig=signal.SIGTERM):

@@ -9,6 +9,8 @@
 #include <optional>
 #include <utility>
 
+#include "byte_buffer.h"
+
 namespace frontend {
 namespace {
 
@@ -34,19 +36,8 @@ std::shared_ptr<grpc::Channel> ChannelTo(const ClientOpen& open, const DialOutSe
   grpc::SslCredentialsOptions tls;
   tls.pem_root_certs = settings.ca_pem;
   return grpc::CreateCustomChannel(
-      Target(open),
-      open.no_tls ? grpc::InsecureChannelCredentials() : grpc::SslCredentials(tls), args);
-}
-
-std::string Bytes(const grpc::ByteBuffer& buffer) {
-  std::vector<grpc::Slice> slices;
-  std::string out;
-  if (buffer.Dump(&slices).ok()) {
-    for (const grpc::Slice& slice : slices) {
-      out.append(reinterpret_cast<const char*>(slice.begin()), slice.size());
-    }
-  }
-  return out;
+      Target(open), open.no_tls ? grpc::InsecureChannelCredentials() : grpc::SslCredentials(tls),
+      args);
 }
 
 }  // namespace
@@ -83,7 +74,8 @@ class ClientCall : public grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBu
       owner_->Remove(id_.rpc_id, this);
     } else {
       channel_->NotifyOnStateChange(state, std::min(deadline_, Clock::now() + kWatchStep),
-                                    connections, new std::shared_ptr<ClientCall>(shared_from_this()));
+                                    connections,
+                                    new std::shared_ptr<ClientCall>(shared_from_this()));
     }
   }
 
@@ -182,8 +174,7 @@ class ClientCall : public grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBu
   }
 
   // trans_num: the module's message for kWritten, else the call's own count.
-  void Notify(ClientNotice notice, uint32_t code, const std::string& text,
-              uint32_t trans_num = 0) {
+  void Notify(ClientNotice notice, uint32_t code, const std::string& text, uint32_t trans_num = 0) {
     CallId id = id_;
     id.trans_num = notice == ClientNotice::kWritten ? trans_num : ++sent_;
     owner_->Notify(id, notice, code, text);
@@ -228,7 +219,8 @@ void DialOut::WatchConnections() {
   void* tag = nullptr;
   bool changed = false;
   while (connections_.Next(&tag, &changed)) {
-    std::unique_ptr<std::shared_ptr<ClientCall>> call(static_cast<std::shared_ptr<ClientCall>*>(tag));
+    std::unique_ptr<std::shared_ptr<ClientCall>> call(
+        static_cast<std::shared_ptr<ClientCall>*>(tag));
     (*call)->Watch(&connections_);
   }
 }

@@ -21,10 +21,10 @@ namespace frontend {
 class ClientCall;
 
 struct DialOutSettings {
-  std::string ca_pem;              // roots for collectors' certificates; "": the system's
-  size_t max_calls = 64;           // client calls open at once
-  size_t max_queued = 64;          // messages waiting for the collector
-  int connect_timeout_ms = 5000;   // for the connection attempt
+  std::string ca_pem;             // roots for collectors' certificates; "": the system's
+  size_t max_calls = 64;          // client calls open at once
+  size_t max_queued = 64;         // messages waiting for the collector
+  int connect_timeout_ms = 5000;  // for the connection attempt
 };
 
 class DialOut {

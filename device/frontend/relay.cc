@@ -5,6 +5,8 @@
 #include <deque>
 #include <optional>
 
+#include "byte_buffer.h"
+
 namespace frontend {
 namespace {
 
@@ -26,17 +28,6 @@ bool Served(const std::string& method) {
     }
   }
   return false;
-}
-
-std::string Bytes(const grpc::ByteBuffer& buffer) {
-  std::vector<grpc::Slice> slices;
-  std::string out;
-  if (buffer.Dump(&slices).ok()) {
-    for (const grpc::Slice& slice : slices) {
-      out.append(reinterpret_cast<const char*>(slice.begin()), slice.size());
-    }
-  }
-  return out;
 }
 
 std::string Metadata(const grpc::ServerContextBase& ctx, const char* key) {

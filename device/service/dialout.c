@@ -12,9 +12,9 @@
 
 enum state { WAITING, OPENING, OPEN };
 
-#define WINDOW 4                          /* messages at the front end per call */
-#define FIRST_BACKOFF_NS 1000000000u      /* 1 s */
-#define LAST_BACKOFF_NS 30000000000u      /* 30 s */
+#define WINDOW 4                     /* messages at the front end per call */
+#define FIRST_BACKOFF_NS 1000000000u /* 1 s */
+#define LAST_BACKOFF_NS 30000000000u /* 30 s */
 #define MAX_DESTINATIONS 64
 
 static const char* const kMethod[] = {"/quorix_dialout.gRPCDataservice/dataPublish",
@@ -136,14 +136,15 @@ static uint64_t jittered(struct dialout* dialout, uint64_t backoff) {
 
 /* The call is gone: the samples it had not written are dropped, and the
  * destination waits for its next attempt. */
-static void lose(struct dialout* dialout, struct destination* dest, uint64_t now,
-                 uint32_t result, const char* why) {
+static void lose(struct dialout* dialout, struct destination* dest, uint64_t now, uint32_t result,
+                 const char* why) {
   uint64_t wait = jittered(dialout, dest->backoff_ns);
   dest->dropped += dest->in_flight;
   dest->in_flight = 0;
   dest->state = WAITING;
   dest->retry_at = now + wait;
-  dest->backoff_ns = dest->backoff_ns * 2 < LAST_BACKOFF_NS ? dest->backoff_ns * 2 : LAST_BACKOFF_NS;
+  dest->backoff_ns =
+      dest->backoff_ns * 2 < LAST_BACKOFF_NS ? dest->backoff_ns * 2 : LAST_BACKOFF_NS;
   fprintf(stderr, "service: dial-out %s:%u: %s (status %u); next attempt in %llu ms\n", dest->host,
           dest->port, why, result, (unsigned long long)(wait / 1000000u));
 }
@@ -181,8 +182,8 @@ static void take_sample(struct service* svc) {
 }
 
 static void* client_message(struct destination* dest, size_t index, int32_t op, int32_t type) {
-  return south_message((uint32_t)index + 1, dest->rpc_id, ++dest->trans_num,
-                       GRPCI_REQTYPE_REQUEST, op, type);
+  return south_message((uint32_t)index + 1, dest->rpc_id, ++dest->trans_num, GRPCI_REQTYPE_REQUEST,
+                       op, type);
 }
 
 /* Asks the front end for the destination's call. */
@@ -222,8 +223,9 @@ static int send_sample(struct service* svc, struct destination* dest, size_t ind
   ok = publish_message(svc->dialout.any_packed, sample->req_id, sample->data, sample->len, errors,
                        &message) &&
        (msg = client_message(dest, index, GRPCI_OPTYPE_MODIFY, GRPCI_MSGTYPE_RPC_DATA)) != NULL;
-  if (ok) GRPCI_RpcDataSetData(GRPCI_SouthMsgSetRpcData(msg), (const char*)message.data,
-                               (uint32_t)message.len);
+  if (ok)
+    GRPCI_RpcDataSetData(GRPCI_SouthMsgSetRpcData(msg), (const char*)message.data,
+                         (uint32_t)message.len);
   ok = ok && south_send(svc, msg);
   buffer_free(&message);
   if (!ok) return 0;

@@ -7,11 +7,12 @@ import tempfile
 import threading
 import time
 import unittest
+from concurrent import futures
 
 import grpc
 
 import quorix_grpc_ipc_pb2 as ipc
-from device_client import Client, Device, wait_for
+from device_client import Client, Device, free_port, wait_for
 
 GET, SUB = "/gnmi.gNMI/Get", "/gnmi.gNMI/Subscribe"
 
@@ -31,7 +32,8 @@ class FakeService(threading.Thread):
         self.start()
 
     def send(self, rpc_id, **fields):
-        data = ipc.SouthMsg(rpc_id=rpc_id, req_type=ipc.REQTYPE_RESPONSE, **fields)
+        fields.setdefault("req_type", ipc.REQTYPE_RESPONSE)
+        data = ipc.SouthMsg(rpc_id=rpc_id, **fields)
         frame = data.SerializeToString()
         with self.lock:
             self.sock.sendall(struct.pack("=I", len(frame)) + frame)
@@ -74,7 +76,9 @@ class FakeService(threading.Thread):
 
     def handle(self, msg):
         self.received.append(msg)
-        if msg.op_type == ipc.OPTYPE_DELETE:
+        if msg.req_type == ipc.REQTYPE_RESPONSE:
+            pass  # on a client call of the module's
+        elif msg.op_type == ipc.OPTYPE_DELETE:
             self.cancelled.add(msg.rpc_id)
         elif msg.op_type == ipc.OPTYPE_CREATE and msg.server_rpc.rpc_name == GET:
             self.reply(msg.rpc_id, msg.server_rpc.rpc_parament)
@@ -140,6 +144,55 @@ class FrontEndTest(unittest.TestCase):
         second.settimeout(2)
         self.assertEqual(second.recv(1), b"", "a second service module is refused")
         second.close()
+
+    def test_client_call_on_the_channel(self):
+        publish = "/quorix_dialout.gRPCDataservice/dataPublish"
+
+        def echo(requests, context):
+            for request in requests:
+                if request == b"end":
+                    return
+                yield request
+        collector = grpc.server(futures.ThreadPoolExecutor(2), handlers=[
+            grpc.method_handlers_generic_handler("quorix_dialout.gRPCDataservice", {
+                "dataPublish": grpc.stream_stream_rpc_method_handler(echo)})])
+        port = collector.add_insecure_port("127.0.0.1:0")
+        collector.start()
+        self.addCleanup(collector.stop, 0)
+
+        def request(rpc_id, trans_num, **fields):
+            self.fake.send(rpc_id, connect_id=3, trans_num=trans_num, req_type=ipc.REQTYPE_REQUEST,
+                           **fields)
+
+        def open_call(rpc_id, port):
+            request(rpc_id, 1, op_type=ipc.OPTYPE_CREATE, msg_type=ipc.MSGTYPE_CLIENT_RPC,
+                    client_rpc=ipc.ClientRpc(peer_address="127.0.0.1", peer_port=port,
+                                             no_tls=True, rpc_name=publish))
+
+        def said(rpc_id):
+            """What the front end said of the call: identity, kinds, result, data."""
+            return [(m.connect_id, m.req_type, m.op_type, m.msg_type, m.trans_num, m.result,
+                     m.rpc_data.data) for m in list(self.fake.received) if m.rpc_id == rpc_id]
+
+        def notices(rpc_id, count):
+            self.assertTrue(wait_for(lambda: len(said(rpc_id)) >= count), said(rpc_id))
+            return said(rpc_id)[:count]
+
+        R, CLIENT, DATA = ipc.REQTYPE_RESPONSE, ipc.MSGTYPE_CLIENT_RPC, ipc.MSGTYPE_RPC_DATA
+        open_call(7, port)
+        open_call(7, port)
+        self.assertEqual(sorted(notices(7, 2)), [(3, R, ipc.OPTYPE_CREATE, CLIENT, 1, 0, b""),
+                                                 (3, R, ipc.OPTYPE_CREATE, CLIENT, 1, 6, b"")])
+        request(7, 2, op_type=ipc.OPTYPE_MODIFY, msg_type=DATA, rpc_data=ipc.RpcData(data=b"a\0b"))
+        self.assertEqual(sorted(notices(7, 4)[2:]), [(3, R, ipc.OPTYPE_MODIFY, DATA, 2, 0, b""),
+                                                     (3, R, ipc.OPTYPE_NOTIFY, DATA, 2, 0, b"a\0b")])
+        request(7, 3, op_type=ipc.OPTYPE_MODIFY, msg_type=DATA, rpc_data=ipc.RpcData(data=b"end"))
+        self.assertTrue(wait_for(lambda: any(n[2] == ipc.OPTYPE_DELETE for n in said(7))))
+        self.assertEqual([n[2:6] for n in said(7) if n[2] == ipc.OPTYPE_DELETE],
+                         [(ipc.OPTYPE_DELETE, CLIENT, 3, 14)])  # ended by the collector
+        self.assertTrue(wait_for(lambda: self.device.live_calls("dial-out calls") == 0))
+        open_call(8, free_port())
+        self.assertEqual(notices(8, 1)[0][2:6], (ipc.OPTYPE_CREATE, CLIENT, 1, 14))
 
     def test_slow_reader_ends_alone(self):
         slow = self.client.raw(SUB, True)(iter([b"a"]), metadata=self.client.metadata)
