@@ -205,7 +205,12 @@ class ClientCall : public grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBu
 DialOut::DialOut(DialOutSettings settings)
     : settings_(std::move(settings)), watcher_([this] { WatchConnections(); }) {}
 
-DialOut::~DialOut() {
+DialOut::~DialOut() { Stop(); }
+
+void DialOut::Stop() {
+  if (!watcher_.joinable()) {
+    return;
+  }
   EndAll();
   {
     std::unique_lock<std::mutex> lock(mu_);

@@ -30,7 +30,7 @@ struct DialOutSettings {
 class DialOut {
  public:
   explicit DialOut(DialOutSettings settings);
-  ~DialOut();  // cancels every call and waits for them to end
+  ~DialOut();  // Stop()
   DialOut(const DialOut&) = delete;
   DialOut& operator=(const DialOut&) = delete;
 
@@ -40,6 +40,8 @@ class DialOut {
   // The service module is gone: every call is cancelled, nothing reported.
   void EndAll();
   size_t Live();
+  // Cancels every call and waits for them to end; nothing is sent after it.
+  void Stop();
 
   // For the calls themselves.
   void Notify(const CallId& id, ClientNotice notice, uint32_t code, const std::string& text);

@@ -105,5 +105,6 @@ int main(int argc, char** argv) {
   server->Shutdown(std::chrono::system_clock::now() + std::chrono::seconds(1));
   server.reset();
   south.Stop();
+  dial_out.Stop();
   return 0;
 }

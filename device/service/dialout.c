@@ -223,9 +223,10 @@ static int send_sample(struct service* svc, struct destination* dest, size_t ind
   ok = publish_message(svc->dialout.any_packed, sample->req_id, sample->data, sample->len, errors,
                        &message) &&
        (msg = client_message(dest, index, GRPCI_OPTYPE_MODIFY, GRPCI_MSGTYPE_RPC_DATA)) != NULL;
-  if (ok)
+  if (ok) {
     GRPCI_RpcDataSetData(GRPCI_SouthMsgSetRpcData(msg), (const char*)message.data,
                          (uint32_t)message.len);
+  }
   ok = ok && south_send(svc, msg);
   buffer_free(&message);
   if (!ok) return 0;
@@ -283,8 +284,9 @@ void dialout_receive(struct service* svc, void* msg) {
   uint32_t result = GRPCI_SouthMsgGetResult(msg);
   size_t index;
   struct destination* dest = find(dialout, GRPCI_SouthMsgGetRpcId(msg), &index);
-  if (dest == NULL) {
-    /* A call already closed or lost: what crossed its end is dropped. */
+  if (dest == NULL || (type == GRPCI_MSGTYPE_RPC_DATA && op == GRPCI_OPTYPE_NOTIFY)) {
+    /* A call already closed or lost (what crossed its end is dropped), or the
+     * collector's own messages, which the publish streams need none of. */
   } else if (type == GRPCI_MSGTYPE_CLIENT_RPC && op == GRPCI_OPTYPE_CREATE &&
              dest->state == OPENING && result == MGMTMSG_STATUS_OK) {
     dest->state = OPEN;
@@ -295,8 +297,6 @@ void dialout_receive(struct service* svc, void* msg) {
     lose(dialout, dest, monotonic_ns(), result, GRPCI_SouthMsgGetResultDesc(msg));
   } else if (type == GRPCI_MSGTYPE_RPC_DATA && op == GRPCI_OPTYPE_MODIFY) {
     if (dest->in_flight > 0) dest->in_flight--; /* written to the collector */
-  } else if (type == GRPCI_MSGTYPE_RPC_DATA && op == GRPCI_OPTYPE_NOTIFY) {
-    /* The collector's own messages: the publish streams need none. */
   } else {
     fprintf(stderr, "service: dial-out: a response of an unknown kind, dropped\n");
   }
