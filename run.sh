@@ -256,6 +256,12 @@ device_stubs() {
     quorix-grpc-dialout.proto dialout.proto)
 }
 
+# Debian's python3 with the stubs of build/device/py on the pure-Python
+# protobuf, as the device's clients and collector run (a command, so that $!
+# of one started in the background is the program itself).
+device_python=(env PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python
+  PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3)
+
 # Starts both programs in the background (GNMI_PORT, DEVICE_SOUTH, and the
 # dial-out settings GNMI_DIAL_OUT, GNMI_DIAL_OUT_SERVICE,
 # GNMI_DIAL_OUT_INTERVAL_MS, GNMI_DIAL_OUT_PATHS, GNMI_DIAL_OUT_CA: collectors
@@ -293,8 +299,7 @@ stage_device() {
   need_packages valgrind
   build_device
   device_stubs
-  PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python PYTHONDONTWRITEBYTECODE=1 \
-    DEVICE_BUILD=build/device DEVICE_VALGRIND=1 /usr/bin/python3 device/tests/run_tests.py
+  DEVICE_BUILD=build/device DEVICE_VALGRIND=1 "${device_python[@]}" device/tests/run_tests.py
 }
 
 all_stages=(native device format tidy docs sanitize fuzz tsan valgrind target bench)
@@ -327,12 +332,10 @@ case "${1:-}" in
     trap 'exit 130' INT TERM
     # A collector for the device's dial-out: what it received is shown last.
     collected=build/device/collector.log
-    PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python PYTHONDONTWRITEBYTECODE=1 \
-      /usr/bin/python3 device/collector/collector.py --listen 127.0.0.1:57500 >"$collected" &
+    "${device_python[@]}" device/collector/collector.py --listen 127.0.0.1:57500 >"$collected" &
     device_pids+=($!)
     GNMI_DIAL_OUT=127.0.0.1:57500 GNMI_DIAL_OUT_INTERVAL_MS=500 start_device
-    PYTHONPATH=build/device/py PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python PYTHONDONTWRITEBYTECODE=1 \
-      /usr/bin/python3 device/client/session.py
+    "${device_python[@]}" device/client/session.py
     echo "== dial-out: what the collector on 127.0.0.1:57500 received (every 500 ms)"
     head -n 15 "$collected"
     echo "   ... $(grep -c ReqId "$collected") messages in all"

@@ -68,8 +68,7 @@ class ClientCall : public grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBu
     } else if (state == GRPC_CHANNEL_TRANSIENT_FAILURE || state == GRPC_CHANNEL_SHUTDOWN ||
                Clock::now() >= deadline_) {
       state_ = kEnded;
-      Notify(ClientNotice::kOpened, GRPC_STATUS_UNAVAILABLE,
-             "collector " + target_ + " not reachable");
+      Notify(ClientNotice::kOpened, kUnavailable, "collector " + target_ + " not reachable");
       lock.unlock();
       owner_->Remove(id_.rpc_id, this);
     } else {
@@ -130,7 +129,7 @@ class ClientCall : public grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBu
   void OnDone(const grpc::Status& status) override {
     DialOut* owner = owner_;
     {
-      std::shared_ptr<ClientCall> keep = std::move(self_);  // the call may be freed with it
+      std::shared_ptr<ClientCall> keep = std::move(self_);  // the call's own hold, let go below
       {
         std::lock_guard<std::mutex> lock(mu_);
         state_ = kEnded;
@@ -143,7 +142,7 @@ class ClientCall : public grpc::ClientBidiReactor<grpc::ByteBuffer, grpc::ByteBu
       }
       owner->Remove(id_.rpc_id, this);
     }
-    owner->Running(-1);  // counted down once the call is freed
+    owner->Running(-1);  // after the last use of the call
   }
 
  private:

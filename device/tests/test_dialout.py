@@ -31,12 +31,13 @@ class DialOutTest(unittest.TestCase):
         if not os.path.exists(f"{BUILD}/service/mgmtmsg-service"):
             self.skipTest("no service module built")
         self.tmp = tempfile.TemporaryDirectory()
-        self.collectors = []
+        self.collectors, self.devices = [], []
 
     def tearDown(self):
         for collector in self.collectors:
             collector.stop()
-        self.assertEqual(self.device.stop(), (0, 0), self.service_log())
+        statuses = [device.stop() for device in self.devices]
+        self.assertEqual(set(statuses), {(0, 0)}, self.service_log())
         self.tmp.cleanup()
 
     def service_log(self):
@@ -50,6 +51,7 @@ class DialOutTest(unittest.TestCase):
 
     def start_device(self, collectors, *args, wrap=(), frontend_args=()):
         self.device = Device(self.tmp.name, service_wrap=wrap, frontend_args=frontend_args)
+        self.devices.append(self.device)
         self.device.start_frontend()
         self.device.start_service(
             "--dial-out", ",".join(f"127.0.0.1:{c.port}" for c in collectors), *args)
